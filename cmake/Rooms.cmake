@@ -1,0 +1,62 @@
+# Flags and helpers shared by every room.
+
+add_library(kg_flags INTERFACE)
+target_compile_options(kg_flags INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+target_include_directories(kg_flags INTERFACE ${CMAKE_SOURCE_DIR}/src ${CMAKE_BINARY_DIR}/generated)
+
+if(WIN32)
+  # "A" functions and the records of Windows 98 SE; newer headers silently grow records that carry their size.
+  target_compile_definitions(kg_flags INTERFACE
+    WINVER=0x0400 _WIN32_WINDOWS=0x0410 _WIN32_WINNT=0x0400 _WIN32_IE=0x0500
+    WIN32_LEAN_AND_MEAN NOMINMAX)
+  target_compile_options(kg_flags INTERFACE $<$<CONFIG:Release>:-ffunction-sections> $<$<CONFIG:Release>:-fdata-sections>)
+  # Static: nothing to install beside the program. No time stamp: two builds are equal to the byte.
+  target_link_options(kg_flags INTERFACE
+    -static -Wl,--no-insert-timestamp $<$<CONFIG:Release>:-s> $<$<CONFIG:Release>:-Wl,--gc-sections>)
+elseif(KESTRELGUARD_SANITIZE)
+  target_compile_options(kg_flags INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(kg_flags INTERFACE -fsanitize=address,undefined)
+endif()
+
+# kg_room(<name> [SOURCES ...] [WIN32_SOURCES ...] [DEPENDS room ...] [LIBS library ...])
+#
+# One room of the house as the static library kg_<name>. SOURCES decide and compile everywhere;
+# WIN32_SOURCES talk to Windows. DEPENDS names the rooms below it.
+function(kg_room name)
+  cmake_parse_arguments(ROOM "" "" "SOURCES;WIN32_SOURCES;DEPENDS;LIBS" ${ARGN})
+  set(sources ${ROOM_SOURCES})
+  if(WIN32)
+    list(APPEND sources ${ROOM_WIN32_SOURCES})
+  endif()
+  if(sources)
+    add_library(kg_${name} STATIC ${sources})
+    set(scope PUBLIC)
+  else()
+    add_library(kg_${name} INTERFACE)
+    set(scope INTERFACE)
+  endif()
+  target_link_libraries(kg_${name} ${scope} kg_flags)
+  foreach(below IN LISTS ROOM_DEPENDS)
+    target_link_libraries(kg_${name} ${scope} kg_${below})
+  endforeach()
+  if(WIN32)
+    target_link_libraries(kg_${name} ${scope} ${ROOM_LIBS})
+  endif()
+endfunction()
+
+# kg_host_tests(<room> [SOURCES ...] [DEPENDS room ...])
+#
+# The native tests of a room's deciding half: one program kg_<room>_tests, run by ctest.
+function(kg_host_tests room)
+  if(WIN32)
+    return()
+  endif()
+  cmake_parse_arguments(TESTS "" "" "SOURCES;DEPENDS" ${ARGN})
+  add_executable(kg_${room}_tests ${TESTS_SOURCES})
+  target_link_libraries(kg_${room}_tests PRIVATE kg_${room} kg_gtest)
+  foreach(below IN LISTS TESTS_DEPENDS)
+    target_link_libraries(kg_${room}_tests PRIVATE kg_${below})
+  endforeach()
+  target_include_directories(kg_${room}_tests PRIVATE ${CMAKE_SOURCE_DIR}/tests)
+  add_test(NAME ${room} COMMAND kg_${room}_tests --gtest_brief=1)
+endfunction()

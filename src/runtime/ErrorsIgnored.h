@@ -1,0 +1,27 @@
+#pragma once
+
+#include <utility>
+
+#include "runtime/RunTimeError.h"
+
+namespace kestrelguard {
+
+/// Runs one step and drops its run-time error. Answers the error's number, 0 when there was none.
+template <class Step>
+std::int32_t ErrorOf(Step&& step) {
+    try {
+        std::forward<Step>(step)();
+    } catch (const RunTimeError& error) {
+        return error.Number();
+    }
+    return 0;
+}
+
+/// "Errors ignored from here on": runs the steps one after the other; each may fail on its own, a failing
+/// one is left where it failed and the next one runs.
+template <class... Steps>
+void ErrorsIgnored(Steps&&... steps) {
+    (static_cast<void>(ErrorOf(std::forward<Steps>(steps))), ...);
+}
+
+}  // namespace kestrelguard

@@ -1,0 +1,104 @@
+#pragma once
+
+#include <windows.h>
+
+#include <utility>
+
+namespace kestrelguard {
+
+/// Owns one platform object: closes it when replaced or destroyed. `Traits` names the type, the invalid
+/// value and the closer.
+template <class Traits>
+class Owner {
+ public:
+    using Type = typename Traits::Type;
+
+    Owner() noexcept = default;
+    explicit Owner(Type object) noexcept : m_object(object) {}
+    Owner(Owner&& other) noexcept : m_object(other.Release()) {}
+    Owner& operator=(Owner&& other) noexcept {
+        if (this != &other) {
+            Reset(other.Release());
+        }
+        return *this;
+    }
+    Owner(const Owner&) = delete;
+    Owner& operator=(const Owner&) = delete;
+    ~Owner() { Reset(); }
+
+    Type Get() const noexcept { return m_object; }
+    explicit operator bool() const noexcept { return m_object != Traits::Invalid(); }
+
+    void Reset(Type object = Traits::Invalid()) noexcept {
+        const Type old = std::exchange(m_object, object);
+        if (old != Traits::Invalid()) {
+            Traits::Close(old);
+        }
+    }
+
+    /// Gives the object up without closing it.
+    Type Release() noexcept { return std::exchange(m_object, Traits::Invalid()); }
+
+    /// Closes the old object; where a platform call stores the new one.
+    Type* Put() noexcept {
+        Reset();
+        return &m_object;
+    }
+
+ private:
+    Type m_object = Traits::Invalid();
+};
+
+struct HandleTraits {
+    using Type = HANDLE;
+    static Type Invalid() noexcept { return nullptr; }
+    static void Close(Type object) noexcept { CloseHandle(object); }
+};
+struct FileTraits {
+    using Type = HANDLE;
+    static Type Invalid() noexcept { return INVALID_HANDLE_VALUE; }
+    static void Close(Type object) noexcept { CloseHandle(object); }
+};
+struct WindowTraits {
+    using Type = HWND;
+    static Type Invalid() noexcept { return nullptr; }
+    static void Close(Type object) noexcept { DestroyWindow(object); }
+};
+struct MenuTraits {
+    using Type = HMENU;
+    static Type Invalid() noexcept { return nullptr; }
+    static void Close(Type object) noexcept { DestroyMenu(object); }
+};
+struct IconTraits {
+    using Type = HICON;
+    static Type Invalid() noexcept { return nullptr; }
+    static void Close(Type object) noexcept { DestroyIcon(object); }
+};
+struct LibraryTraits {
+    using Type = HMODULE;
+    static Type Invalid() noexcept { return nullptr; }
+    static void Close(Type object) noexcept { FreeLibrary(object); }
+};
+struct LocalBlockTraits {
+    using Type = HLOCAL;
+    static Type Invalid() noexcept { return nullptr; }
+    static void Close(Type object) noexcept { LocalFree(object); }
+};
+template <class Gdi>
+struct GdiTraits {
+    using Type = Gdi;
+    static Type Invalid() noexcept { return nullptr; }
+    static void Close(Type object) noexcept { DeleteObject(object); }
+};
+
+using Handle = Owner<HandleTraits>;
+using File = Owner<FileTraits>;
+using Window = Owner<WindowTraits>;
+using Menu = Owner<MenuTraits>;
+using Icon = Owner<IconTraits>;
+using Library = Owner<LibraryTraits>;
+using LocalBlock = Owner<LocalBlockTraits>;
+using Font = Owner<GdiTraits<HFONT>>;
+using Bitmap = Owner<GdiTraits<HBITMAP>>;
+
+}  // namespace kestrelguard
