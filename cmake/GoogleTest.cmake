@@ -18,6 +18,7 @@ target_include_directories(kg_gtest PRIVATE
 target_compile_options(kg_gtest PRIVATE -w)
 if(WIN32)
   target_compile_definitions(kg_gtest PUBLIC GTEST_HAS_PTHREAD=0)
+  target_compile_options(kg_gtest PUBLIC -include ${CMAKE_SOURCE_DIR}/tests/support/GoogleTestPort.h)
   target_link_options(kg_gtest PUBLIC -static)
 else()
   find_package(Threads REQUIRED)
