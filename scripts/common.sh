@@ -1,0 +1,58 @@
+# What the scripts share. Sourced, never run: `. "$(dirname "$0")/common.sh"`.
+#
+#   root            the folder of the project
+#   cache           the user's cache folder of the project
+#   say TEXT...     one line on what is being done (standard error)
+#   die TEXT...     one line on what is wrong, then the end
+#   quietly LOG CMD runs CMD with its output in LOG; shows the log's end when it fails
+#   as_root CMD     runs CMD as root, through sudo where needed
+#   locked FILE CMD runs CMD while nobody else holds FILE
+
+set -euo pipefail
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd -P)
+cache=${XDG_CACHE_HOME:-${HOME:-/root}/.cache}/kestrelguard
+
+say() { printf '%s: %s\n' "${0##*/}" "$*" >&2; }
+
+die() {
+    printf '%s: error: %s\n' "${0##*/}" "$*" >&2
+    exit 1
+}
+
+quietly() {
+    local log=$1
+    shift
+    mkdir -p "$(dirname "$log")"
+    if ! "$@" >"$log" 2>&1; then
+        tail -n 30 "$log" >&2
+        return 1
+    fi
+}
+
+as_root() {
+    if [ "$(id -u)" = 0 ]; then
+        "$@"
+    elif command -v sudo >/dev/null; then
+        sudo "$@"
+    else
+        die "needs root or sudo to run: $*"
+    fi
+}
+
+locked() {
+    local file=$1
+    shift
+    mkdir -p "$(dirname "$file")"
+    if ! command -v flock >/dev/null; then
+        "$@"
+        return
+    fi
+    (
+        if ! flock -n 9; then
+            say "waiting for another run to finish (${file##*/})"
+            flock 9
+        fi
+        "$@" 9>&-
+    ) 9>"$file"
+}
