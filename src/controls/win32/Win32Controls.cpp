@@ -1,0 +1,247 @@
+#include "controls/win32/Win32Controls.h"
+
+#include <commctrl.h>
+
+#include <algorithm>
+
+#include "runtime/RunTimeError.h"
+#include "runtime/win32/AnsiText.h"
+
+namespace kestrelguard {
+
+std::wstring WindowText(HWND window) {
+    std::string text(static_cast<std::size_t>(std::max(0, GetWindowTextLengthA(window))) + 1, '\0');
+    const int length = GetWindowTextA(window, text.data(), static_cast<int>(text.size()));
+    text.resize(static_cast<std::size_t>(std::max(0, length)));
+    return FromAnsi(text);
+}
+
+void SetWindowTextFrom(HWND window, const std::wstring& text) {
+    SetWindowTextA(window, ToAnsi(text).c_str());
+}
+
+int CheckBoxControl::Value() const {
+    return static_cast<int>(SendMessageA(m_window, BM_GETCHECK, 0, 0));
+}
+
+void CheckBoxControl::SetValue(int value) {
+    SendMessageA(m_window, BM_SETCHECK, static_cast<WPARAM>(value), 0);
+}
+
+bool OptionButtonControl::Selected() const {
+    return SendMessageA(m_window, BM_GETCHECK, 0, 0) == BST_CHECKED;
+}
+
+void OptionButtonControl::Select(bool selected) {
+    if (selected) {
+        for (const HWND other : *m_group) {
+            if (other != m_window) {
+                SendMessageA(other, BM_SETCHECK, BST_UNCHECKED, 0);
+            }
+        }
+    }
+    SendMessageA(m_window, BM_SETCHECK, selected ? BST_CHECKED : BST_UNCHECKED, 0);
+}
+
+void CaptionControl::SetCaption(const std::wstring& text) {
+    if (WindowText(m_window) != text) {
+        SetWindowTextFrom(m_window, text);
+    }
+}
+
+void TextBoxControl::Attach(HWND window) {
+    m_window = window;
+    SendMessageA(m_window, EM_SETLIMITTEXT, 0, 0);
+}
+
+std::wstring TextBoxControl::Text() const {
+    return WindowText(m_window);
+}
+
+void TextBoxControl::SetText(const std::wstring& text) {
+    const bool outer = m_beingSet;
+    m_beingSet = true;
+    SetWindowTextFrom(m_window, text);
+    m_beingSet = outer;
+}
+
+std::wstring DropDownControl::Text() const {
+    return WindowText(m_window);
+}
+
+void DropDownControl::SetText(const std::wstring& text) {
+    const LRESULT item = SendMessageA(m_window, CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1),
+                                      reinterpret_cast<LPARAM>(ToAnsi(text).c_str()));
+    if (item != CB_ERR) {
+        SendMessageA(m_window, CB_SETCURSEL, static_cast<WPARAM>(item), 0);
+    }
+}
+
+std::int32_t ListBoxControl::Count() const {
+    return static_cast<std::int32_t>(SendMessageA(m_window, LB_GETCOUNT, 0, 0));
+}
+
+std::wstring ListBoxControl::Row(std::int32_t row) const {
+    const LRESULT length = SendMessageA(m_window, LB_GETTEXTLEN, static_cast<WPARAM>(row), 0);
+    if (length == LB_ERR) {
+        return {};
+    }
+    std::string text(static_cast<std::size_t>(length) + 1, '\0');
+    const LRESULT copied =
+        SendMessageA(m_window, LB_GETTEXT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(text.data()));
+    text.resize(copied == LB_ERR ? 0 : static_cast<std::size_t>(copied));
+    return FromAnsi(text);
+}
+
+void ListBoxControl::Append(const std::wstring& text) {
+    if (SendMessageA(m_window, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(ToAnsi(text).c_str())) < 0) {
+        throw RunTimeError(RunTimeError::kOutOfMemory);
+    }
+}
+
+void ListBoxControl::Remove(std::int32_t row) {
+    if (SendMessageA(m_window, LB_DELETESTRING, static_cast<WPARAM>(row), 0) == LB_ERR) {
+        throw RunTimeError(RunTimeError::kInvalidCall);
+    }
+}
+
+void ListBoxControl::Clear() {
+    SendMessageA(m_window, LB_RESETCONTENT, 0, 0);
+}
+
+void ListBoxControl::BeginFill() {
+    if (m_fills++ == 0) {
+        SendMessageA(m_window, WM_SETREDRAW, FALSE, 0);
+    }
+}
+
+void ListBoxControl::EndFill() {
+    if (--m_fills == 0) {
+        SendMessageA(m_window, WM_SETREDRAW, TRUE, 0);
+        InvalidateRect(m_window, nullptr, TRUE);
+    }
+}
+
+std::int32_t ListBoxControl::SelectedRow() const {
+    return static_cast<std::int32_t>(SendMessageA(m_window, LB_GETCURSEL, 0, 0));
+}
+
+void ListBoxControl::SelectRow(std::int32_t row) {
+    SendMessageA(m_window, LB_SETCURSEL, static_cast<WPARAM>(row), 0);
+}
+
+bool EnabledControl::Enabled() const {
+    return IsWindowEnabled(m_window) != FALSE;
+}
+
+void EnabledControl::SetEnabled(bool enabled) {
+    if (!enabled && GetFocus() == m_window) {
+        // A disabled window that keeps the focus leaves the keyboard dead.
+        SendMessageA(GetParent(m_window), WM_NEXTDLGCTL, 0, FALSE);
+    }
+    EnableWindow(m_window, enabled ? TRUE : FALSE);
+}
+
+void TimerControl::SetEnabled(bool enabled) {
+    if (!enabled) {
+        Stop();
+    } else if (!m_enabled) {
+        m_enabled = SetTimer(m_window, m_id, m_milliseconds, nullptr) != 0;
+    }
+}
+
+void TimerControl::Stop() {
+    if (m_enabled) {
+        KillTimer(m_window, m_id);
+        m_enabled = false;
+    }
+}
+
+bool MenuCheckMark::Checked() const {
+    return (GetMenuState(m_menu, m_id, MF_BYCOMMAND) & static_cast<UINT>(MF_CHECKED)) != 0;
+}
+
+void MenuCheckMark::SetChecked(bool checked) {
+    CheckMenuItem(m_menu, m_id, MF_BYCOMMAND | static_cast<UINT>(checked ? MF_CHECKED : MF_UNCHECKED));
+}
+
+void MenuCaption::SetCaption(const std::wstring& text) {
+    const UINT checked = GetMenuState(m_menu, m_id, MF_BYCOMMAND) & static_cast<UINT>(MF_CHECKED);
+    ModifyMenuA(m_menu, m_id, MF_BYCOMMAND | MF_STRING | checked, m_id, ToAnsi(text).c_str());
+}
+
+void ToolTips::Create(HWND owner) {
+    m_owner = owner;
+    m_tips = CreateWindowExA(WS_EX_TOPMOST, TOOLTIPS_CLASSA, nullptr, WS_POPUP | TTS_ALWAYSTIP | TTS_NOPREFIX,
+                             0, 0, 0, 0, owner, nullptr, GetModuleHandleA(nullptr), nullptr);
+}
+
+void ToolTips::Set(HWND control, const std::wstring& text) {
+    std::string tip = ToAnsi(text);
+    TTTOOLINFOA tool = {};
+    // The first form of the record: old common controls refuse the later ones.
+    tool.cbSize = TTTOOLINFOA_V1_SIZE;
+    tool.uFlags = TTF_IDISHWND | TTF_SUBCLASS;
+    tool.hwnd = m_owner;
+    tool.uId = reinterpret_cast<UINT_PTR>(control);
+    tool.lpszText = tip.data();
+    SendMessageA(m_tips, TTM_DELTOOLA, 0, reinterpret_cast<LPARAM>(&tool));
+    if (!tip.empty()) {
+        SendMessageA(m_tips, TTM_ADDTOOLA, 0, reinterpret_cast<LPARAM>(&tool));
+    }
+}
+
+int PlatformMessageBoxes::Show(const std::wstring& text, const std::wstring& caption, std::uint32_t style) {
+    return MessageBoxA(m_owner, ToAnsi(text).c_str(), ToAnsi(caption).c_str(), style);
+}
+
+namespace {
+
+std::vector<HWND>& OpenDialogs() {
+    static std::vector<HWND> windows;
+    return windows;
+}
+
+}  // namespace
+
+void DialogWindows::Add(HWND window) {
+    OpenDialogs().push_back(window);
+}
+
+void DialogWindows::Remove(HWND window) {
+    std::erase(OpenDialogs(), window);
+}
+
+void DialogWindows::Dispatch(MSG& message) {
+    for (const HWND window : OpenDialogs()) {
+        if (message.hwnd == window || IsChild(window, message.hwnd)) {
+            if (IsDialogMessageA(window, &message)) {
+                return;
+            }
+            break;
+        }
+    }
+    TranslateMessage(&message);
+    DispatchMessageA(&message);
+}
+
+void PlatformMessageLoop::DoEvents() {
+    MSG message = {};
+    while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
+        if (message.message == WM_QUIT) {
+            PostQuitMessage(static_cast<int>(message.wParam));
+            return;
+        }
+        DialogWindows::Dispatch(message);
+    }
+}
+
+int PlatformMessageLoop::Run() {
+    MSG message = {};
+    while (GetMessageA(&message, nullptr, 0, 0) > 0) {
+        DialogWindows::Dispatch(message);
+    }
+    return static_cast<int>(message.wParam);
+}
+
+}  // namespace kestrelguard

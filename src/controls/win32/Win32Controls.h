@@ -1,0 +1,208 @@
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+#include <vector>
+
+#include "controls/Controls.h"
+#include "runtime/System.h"
+
+/// The real controls behind controls/Controls.h. None of them owns its window: the form creates and
+/// destroys the windows.
+namespace kestrelguard {
+
+/// A control's text as program text.
+std::wstring WindowText(HWND window);
+void SetWindowTextFrom(HWND window, const std::wstring& text);
+
+class CheckBoxControl final : public CheckBox {
+ public:
+    void Attach(HWND window) { m_window = window; }
+    int Value() const override;
+    void SetValue(int value) override;
+
+ private:
+    HWND m_window = nullptr;
+};
+
+class OptionButtonControl final : public OptionButton {
+ public:
+    /// `group` are the windows of all buttons of the group, this one included; it must outlive the button.
+    void Attach(HWND window, const std::vector<HWND>& group) {
+        m_window = window;
+        m_group = &group;
+    }
+    bool Selected() const override;
+    void Select(bool selected) override;
+
+ private:
+    HWND m_window = nullptr;
+    const std::vector<HWND>* m_group = nullptr;
+};
+
+class CaptionControl final : public Caption {
+ public:
+    void Attach(HWND window) { m_window = window; }
+    void SetCaption(const std::wstring& text) override;
+
+ private:
+    HWND m_window = nullptr;
+};
+
+class TextBoxControl final : public TextBox {
+ public:
+    void Attach(HWND window);
+    std::wstring Text() const override;
+    void SetText(const std::wstring& text) override;
+    /// Whether the program itself is changing the text: such a change is no edit of the user's.
+    bool BeingSet() const { return m_beingSet; }
+
+ private:
+    HWND m_window = nullptr;
+    bool m_beingSet = false;
+};
+
+class DropDownControl final : public DropDown {
+ public:
+    void Attach(HWND window) { m_window = window; }
+    std::wstring Text() const override;
+    void SetText(const std::wstring& text) override;
+
+ private:
+    HWND m_window = nullptr;
+};
+
+/// A list box, filled without drawing between BeginFill and EndFill.
+class ListBoxControl final : public ListRows, public ListSelection {
+ public:
+    void Attach(HWND window) { m_window = window; }
+    HWND Handle() const { return m_window; }
+    std::int32_t Count() const override;
+    std::wstring Row(std::int32_t row) const override;
+    void Append(const std::wstring& text) override;
+    void Remove(std::int32_t row) override;
+    void Clear() override;
+    void BeginFill() override;
+    void EndFill() override;
+    std::int32_t SelectedRow() const override;
+    void SelectRow(std::int32_t row) override;
+
+ private:
+    HWND m_window = nullptr;
+    int m_fills = 0;
+};
+
+/// A control or window that can be enabled.
+class EnabledControl final : public Switch {
+ public:
+    void Attach(HWND window) { m_window = window; }
+    bool Enabled() const override;
+    void SetEnabled(bool enabled) override;
+
+ private:
+    HWND m_window = nullptr;
+};
+
+/// A timer of a window; its ticks arrive there as WM_TIMER with the timer's id.
+class TimerControl final : public Switch {
+ public:
+    TimerControl(UINT_PTR id, UINT milliseconds) : m_id(id), m_milliseconds(milliseconds) {}
+    ~TimerControl() override { Stop(); }
+    TimerControl(const TimerControl&) = delete;
+    TimerControl& operator=(const TimerControl&) = delete;
+
+    void Attach(HWND window) { m_window = window; }
+    UINT_PTR Id() const { return m_id; }
+    bool Enabled() const override { return m_enabled; }
+    void SetEnabled(bool enabled) override;
+
+ private:
+    void Stop();
+
+    HWND m_window = nullptr;
+    UINT_PTR m_id;
+    UINT m_milliseconds;
+    bool m_enabled = false;
+};
+
+class MenuCheckMark final : public CheckMark {
+ public:
+    void Attach(HMENU menu, UINT id) {
+        m_menu = menu;
+        m_id = id;
+    }
+    bool Checked() const override;
+    void SetChecked(bool checked) override;
+
+ private:
+    HMENU m_menu = nullptr;
+    UINT m_id = 0;
+};
+
+class MenuCaption final : public Caption {
+ public:
+    void Attach(HMENU menu, UINT id) {
+        m_menu = menu;
+        m_id = id;
+    }
+    void SetCaption(const std::wstring& text) override;
+
+ private:
+    HMENU m_menu = nullptr;
+    UINT m_id = 0;
+};
+
+/// The tool tips of one form: one tip window for all its controls.
+class ToolTips {
+ public:
+    /// Creates the tip window; it goes with its owner.
+    void Create(HWND owner);
+    void Set(HWND control, const std::wstring& text);
+
+ private:
+    HWND m_tips = nullptr;
+    HWND m_owner = nullptr;
+};
+
+class ToolTipControl final : public ToolTip {
+ public:
+    void Attach(ToolTips& tips, HWND control) {
+        m_tips = &tips;
+        m_control = control;
+    }
+    void SetToolTip(const std::wstring& text) override { m_tips->Set(m_control, text); }
+
+ private:
+    ToolTips* m_tips = nullptr;
+    HWND m_control = nullptr;
+};
+
+class PlatformMessageBoxes final : public MessageBoxes {
+ public:
+    /// The window that owns the boxes; none for boxes that stand alone.
+    void Attach(HWND owner) { m_owner = owner; }
+    int Show(const std::wstring& text, const std::wstring& caption, std::uint32_t style) override;
+
+ private:
+    HWND m_owner = nullptr;
+};
+
+/// The windows whose keyboard is handled like a dialog's: Tab, arrows, Enter, Esc.
+class DialogWindows {
+ public:
+    static void Add(HWND window);
+    static void Remove(HWND window);
+    /// Dispatches one message the way the program's message loop does.
+    static void Dispatch(MSG& message);
+};
+
+class PlatformMessageLoop final : public MessageLoop {
+ public:
+    /// Runs the messages that are waiting, then returns.
+    void DoEvents() override;
+    /// Runs messages until the program is asked to quit. Answers its exit code.
+    static int Run();
+};
+
+}  // namespace kestrelguard
