@@ -4,7 +4,8 @@
 #   cache           the user's cache folder of the project
 #   say TEXT...     one line on what is being done (standard error)
 #   die TEXT...     one line on what is wrong, then the end
-#   quietly LOG CMD runs CMD with its output in LOG; shows the log's end when it fails
+#   quietly LOG CMD runs CMD with its output in LOG, shows that it is alive every 15 seconds, and the log's end
+#                   when it fails
 #   as_root CMD     runs CMD as root, through sudo where needed
 #   locked FILE CMD runs CMD while nobody else holds FILE
 
@@ -21,13 +22,21 @@ die() {
 }
 
 quietly() {
-    local log=$1
+    local log=$1 pid start=$SECONDS status=0
     shift
     mkdir -p "$(dirname "$log")"
-    if ! "$@" >"$log" 2>&1; then
-        tail -n 30 "$log" >&2
-        return 1
-    fi
+    "$@" >"$log" 2>&1 </dev/null &
+    pid=$!
+    while kill -0 "$pid" 2>/dev/null; do
+        sleep 0.2
+        if [ $((SECONDS - start)) -ge 15 ]; then
+            start=$SECONDS
+            say "still at it: $(tail -n 1 "$log" 2>/dev/null | tr -dc '[:print:]' | cut -c1-100)"
+        fi
+    done
+    wait "$pid" || status=$?
+    [ "$status" = 0 ] || tail -n 30 "$log" >&2
+    return "$status"
 }
 
 as_root() {
