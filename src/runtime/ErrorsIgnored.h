@@ -1,18 +1,22 @@
 #pragma once
 
+#include <new>
 #include <utility>
 
 #include "runtime/RunTimeError.h"
 
 namespace kestrelguard {
 
-/// Runs one step and drops its run-time error. Answers the error's number, 0 when there was none.
+/// Runs one step and drops its run-time error (lack of memory is one). Answers the error's number, 0 when
+/// there was none.
 template <class Step>
 std::int32_t ErrorOf(Step&& step) {
     try {
         std::forward<Step>(step)();
     } catch (const RunTimeError& error) {
         return error.Number();
+    } catch (const std::bad_alloc&) {
+        return RunTimeError::kOutOfMemory;
     }
     return 0;
 }

@@ -4,6 +4,7 @@
 #include <iterator>
 #include <list>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <utility>
 
@@ -55,18 +56,25 @@ class KeyedCollection {
 
     /// Appends the value. Throws kDuplicateKey when the key is taken.
     void Add(Value value, std::wstring key) {
+        if (!TryAdd(std::move(value), std::move(key))) {
+            throw RunTimeError(RunTimeError::kDuplicateKey);
+        }
+    }
+
+    /// Appends the value unless the key is taken. Answers whether it did.
+    bool TryAdd(Value value, std::wstring key) {
         m_entries.push_back(Entry{std::move(key), std::move(value)});
         const auto last = std::prev(m_entries.end());
         try {
             if (m_byKey.try_emplace(last->key, last).second) {
-                return;
+                return true;
             }
         } catch (...) {
             m_entries.pop_back();
             throw;
         }
         m_entries.pop_back();
-        throw RunTimeError(RunTimeError::kDuplicateKey);
+        return false;
     }
 
     /// Removes the value under the key. Throws kInvalidCall when there is none.
@@ -76,7 +84,7 @@ class KeyedCollection {
             throw RunTimeError(RunTimeError::kInvalidCall);
         }
         const auto entry = found->second;
-        m_byKey.erase(found);
+        m_byKey.erase(found);  // before the text that its key looks at
         m_entries.erase(entry);
     }
 
@@ -105,7 +113,8 @@ class KeyedCollection {
 
  private:
     Entries m_entries;
-    std::unordered_map<std::wstring, typename Entries::iterator> m_byKey;
+    /// The keys are those of the entries, which stay where they are.
+    std::unordered_map<std::wstring_view, typename Entries::iterator> m_byKey;
 };
 
 /// Texts, each under itself as key: `siteSet`, `titleKeywordSet`, `SavedCookies`.

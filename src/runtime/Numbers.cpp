@@ -1,6 +1,8 @@
 #include "runtime/Numbers.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 
 #include "runtime/RunTimeError.h"
@@ -14,49 +16,97 @@ bool IsDigit(wchar_t character) noexcept {
     return character >= L'0' && character <= L'9';
 }
 
+/// A decimal number on its way to a double. Holds a bounded number of digits however long the text is: the
+/// C library's parser takes quadratic time.
+class DecimalNumber {
+ public:
+    void Negate() { m_negative = true; }
+
+    void AddDigit(wchar_t digit, bool afterPoint) {
+        if (m_digits.empty() && digit == L'0') {
+            m_exponent -= afterPoint ? 1 : 0;  // a leading zero
+            return;
+        }
+        if (m_digits.size() < kDigits) {
+            m_digits += static_cast<char>(digit);
+            m_exponent -= afterPoint ? 1 : 0;
+            return;
+        }
+        m_exponent += afterPoint ? 0 : 1;
+        m_more = m_more || digit != L'0';
+    }
+
+    void AddExponent(std::int64_t exponent) { m_exponent += exponent; }
+
+    double Value() const {
+        if (m_digits.empty()) {
+            return m_negative ? -0.0 : 0.0;
+        }
+        // One more digit stands for all that were dropped. The program never sets a C locale, so the text
+        // needs no point.
+        const std::int64_t exponent = std::clamp<std::int64_t>(m_exponent - 1, -kNoDouble, kNoDouble);
+        const std::string text = m_digits + (m_more ? '1' : '0') + 'e' + std::to_string(exponent);
+        const double value = std::strtod(text.c_str(), nullptr);
+        return m_negative ? -value : value;
+    }
+
+ private:
+    /// No two neighbouring doubles have a middle of more digits.
+    static constexpr std::size_t kDigits = 770;
+    /// With this exponent 1 to 770 digits are 0 or infinite.
+    static constexpr std::int64_t kNoDouble = 5000;
+
+    std::string m_digits;
+    std::int64_t m_exponent = 0;
+    bool m_negative = false;
+    bool m_more = false;
+};
+
 /// Reads the number at the beginning of the text and moves the text behind it. Nothing when there is no
 /// digit before anything else. The C library's own parser follows the locale; this one must not.
 std::optional<double> TakeNumber(std::wstring_view& text) {
-    std::string digits;
+    DecimalNumber number;
     std::size_t at = 0;
     const auto here = [&] { return at < text.size() ? text[at] : L'\0'; };
     if (here() == L'+' || here() == L'-') {
-        digits += static_cast<char>(text[at++]);
+        if (text[at++] == L'-') {
+            number.Negate();
+        }
     }
     bool any = false;
-    const auto takeDigits = [&] {
+    const auto takeDigits = [&](bool afterPoint) {
         for (; IsDigit(here()); ++at) {
-            digits += static_cast<char>(here());
+            number.AddDigit(here(), afterPoint);
             any = true;
         }
     };
-    takeDigits();
+    takeDigits(false);
     if (here() == L'.') {
-        digits += '.';
         ++at;
-        takeDigits();
+        takeDigits(true);
     }
     if (!any) {
         return std::nullopt;
     }
     if (here() == L'e' || here() == L'E') {
         const std::size_t mark = at++;
-        std::string exponent = "e";
-        if (here() == L'+' || here() == L'-') {
-            exponent += static_cast<char>(text[at++]);
+        const bool negative = here() == L'-';
+        if (negative || here() == L'+') {
+            ++at;
         }
         if (IsDigit(here())) {
+            constexpr std::int64_t kEnough = std::numeric_limits<std::int64_t>::max() / 100;
+            std::int64_t exponent = 0;
             for (; IsDigit(here()); ++at) {
-                exponent += static_cast<char>(here());
+                exponent = std::min(exponent * 10 + (here() - L'0'), kEnough);
             }
-            digits += exponent;
+            number.AddExponent(negative ? -exponent : exponent);
         } else {
             at = mark;
         }
     }
     text.remove_prefix(at);
-    // The program never sets a C locale, so the decimal point is a point.
-    return std::strtod(digits.c_str(), nullptr);
+    return number.Value();
 }
 
 std::wstring GroupDigits(std::wstring digits, std::wstring_view separator) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
 #include <stdexcept>
 #include <string>
 
@@ -24,6 +25,10 @@ TEST(ErrorsIgnored, EveryStepRunsAndFailsOnItsOwn) {
 TEST(ErrorsIgnored, ErrorOfAnswersTheNumber) {
     EXPECT_EQ(ErrorOf([] {}), 0);
     EXPECT_EQ(ErrorOf([] { throw RunTimeError(RunTimeError::kDuplicateKey); }), 457);
+}
+
+TEST(ErrorsIgnored, LackOfMemoryIsARunTimeErrorToo) {
+    EXPECT_EQ(ErrorOf([] { throw std::bad_alloc(); }), RunTimeError::kOutOfMemory);
 }
 
 TEST(ErrorsIgnored, OtherExceptionsAreNotSwallowed) {

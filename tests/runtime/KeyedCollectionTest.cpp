@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
 #include <vector>
 
 namespace kestrelguard {
@@ -32,6 +33,34 @@ TEST(KeyedCollection, RefusesADuplicateKeyAndStaysAsItWas) {
         EXPECT_EQ(error.Number(), RunTimeError::kDuplicateKey);
     }
     EXPECT_EQ(All(set), (std::vector<std::wstring>{L"one"}));
+}
+
+TEST(KeyedCollection, TryAddAnswersWhetherTheKeyWasFree) {
+    TextSet set;
+    EXPECT_TRUE(set.TryAdd(L"one", L"k"));
+    EXPECT_FALSE(set.TryAdd(L"two", L"k"));
+    EXPECT_EQ(All(set), (std::vector<std::wstring>{L"one"}));
+}
+
+TEST(KeyedCollection, KeysSurviveAMove) {
+    TextSet set;
+    set.Add(L"a", L"a");
+    set.Add(L"a text too long for a small buffer", L"a key too long for a small buffer");
+    TextSet moved(std::move(set));
+    TextSet assigned;
+    assigned.Add(L"gone", L"gone");
+    assigned = std::move(moved);
+    EXPECT_FALSE(assigned.Contains(L"gone"));
+    EXPECT_EQ(assigned.Item(L"a"), L"a");
+    assigned.Remove(L"a key too long for a small buffer");
+    EXPECT_EQ(All(assigned), (std::vector<std::wstring>{L"a"}));
+}
+
+TEST(KeyedCollection, RemovesByAKeyOfItsOwn) {
+    TextSet set;
+    set.Add(L"x", L"x");
+    set.Remove(*set.begin());
+    EXPECT_TRUE(set.Empty());
 }
 
 TEST(KeyedCollection, ComparesKeysExactly) {

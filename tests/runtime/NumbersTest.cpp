@@ -2,7 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstdlib>
 #include <limits>
+#include <random>
+#include <string>
 
 #include "runtime/RunTimeError.h"
 
@@ -26,6 +30,55 @@ TEST(NumberOf, RefusesEverythingElse) {
          {L"", L" ", L"abc", L"6 0", L"60x", L"-", L".", L"1e", L"1e999", L"0x10", L"inf"}) {
         EXPECT_FALSE(NumberOf(text).has_value()) << "text of length " << std::wstring(text).size();
     }
+}
+
+TEST(NumberOf, RefusesANumberThatNoDoubleHolds) {
+    EXPECT_FALSE(NumberOf(L"1e309").has_value());
+    EXPECT_FALSE(NumberOf(L"1" + std::wstring(400, L'0')).has_value());
+    EXPECT_FALSE(NumberOf(L"1e99999999999999999999999").has_value());
+    EXPECT_EQ(NumberOf(L"1e-99999999999999999999999"), 0.0);
+    EXPECT_EQ(NumberOf(L"0e99999999999999999999999"), 0.0);
+    EXPECT_EQ(NumberOf(L"1" + std::wstring(400, L'0') + L"e-400"), 1.0);
+    EXPECT_EQ(NumberOf(L"0." + std::wstring(400, L'0') + L"1e401"), 1.0);
+}
+
+TEST(NumberOf, TakesLinearTimeForDigitsWithoutEnd) {
+    const std::wstring digits(2'000'000, L'7');
+    EXPECT_FALSE(NumberOf(digits).has_value());
+    EXPECT_EQ(NumberOf(L"0." + digits), 7.0 / 9.0);
+    EXPECT_EQ(NumberOf(std::wstring(2'000'000, L'0') + L"5"), 5.0);
+}
+
+TEST(NumberOf, RoundsLikeTheCLibrary) {
+    std::mt19937_64 random(113);
+    for (int round = 0; round < 20'000; ++round) {
+        std::string text = random() % 2 != 0 ? "-" : "";
+        const auto digits = [&](std::uint64_t count) {
+            for (; count > 0; --count) {
+                text += static_cast<char>('0' + random() % 10);
+            }
+        };
+        digits(1 + random() % 20);
+        if (random() % 2 != 0) {
+            text += '.';
+            digits(random() % 20);
+        }
+        if (random() % 2 != 0) {
+            text += "e" + std::to_string(static_cast<int>(random() % 600) - 300);
+        }
+        const double expected = std::strtod(text.c_str(), nullptr);
+        const std::optional<double> number = NumberOf(std::wstring(text.begin(), text.end()));
+        ASSERT_EQ(number.has_value(), std::isfinite(expected)) << text;
+        if (number) {
+            ASSERT_EQ(*number, expected) << text;
+        }
+    }
+}
+
+TEST(NumberOf, DigitsFarBehindStillDecideAHalf) {
+    // 2^53 + 1 lies in the middle of two doubles; anything more, however far behind, goes up.
+    EXPECT_EQ(NumberOf(L"9007199254740993"), 9007199254740992.0);
+    EXPECT_EQ(NumberOf(L"9007199254740993." + std::wstring(2000, L'0') + L"1"), 9007199254740994.0);
 }
 
 TEST(LeadingNumber, TakesWhatTheTextBeginsWith) {
