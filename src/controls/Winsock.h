@@ -15,12 +15,13 @@ class Winsock {
     virtual void SetLocalPort(std::int32_t port) = 0;
     /// Starts connecting. Throws RunTimeError when that is refused at once.
     virtual void Connect() = 0;
-    /// Throws RunTimeError when not connected.
+    /// Throws RunTimeError when not connected. What the connection does not take at once follows later.
     virtual void SendData(const std::wstring& text) = 0;
     /// Takes all bytes received so far, one character a byte. Throws RunTimeError when reading fails.
     virtual std::wstring GetData() = 0;
     virtual void Close() = 0;
     virtual std::wstring LocalHostName() const = 0;
+    /// The address that the connection uses on this computer; "0.0.0.0" while there is none.
     virtual std::wstring LocalIP() const = 0;
 };
 
@@ -31,6 +32,8 @@ class WinsockEvents {
     virtual void OnConnect() = 0;
     virtual void OnDataArrival(std::int32_t bytesTotal) = 0;
     virtual void OnError(std::int32_t number, const std::wstring& description) = 0;
+    /// The other side has ended the connection in good order; all it sent has arrived before.
+    virtual void OnClose() {}
 };
 
 }  // namespace kestrelguard
