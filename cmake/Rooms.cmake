@@ -60,3 +60,21 @@ function(kg_host_tests room)
   target_include_directories(kg_${room}_tests PRIVATE ${CMAKE_SOURCE_DIR}/tests)
   add_test(NAME ${room} COMMAND kg_${room}_tests --gtest_brief=1)
 endfunction()
+
+# kg_windows_tests(<room> [SOURCES ...] [DEPENDS room ...] [LIBS library ...])
+#
+# The tests of a room's Windows half: one program kg_<room>_windows_tests.exe, run by ctest in a Wine session.
+function(kg_windows_tests room)
+  if(NOT WIN32)
+    return()
+  endif()
+  cmake_parse_arguments(TESTS "" "" "SOURCES;DEPENDS;LIBS" ${ARGN})
+  add_executable(kg_${room}_windows_tests ${TESTS_SOURCES})
+  target_link_libraries(kg_${room}_windows_tests PRIVATE kg_${room} kg_gtest ${TESTS_LIBS})
+  foreach(below IN LISTS TESTS_DEPENDS)
+    target_link_libraries(kg_${room}_windows_tests PRIVATE kg_${below})
+  endforeach()
+  target_include_directories(kg_${room}_windows_tests PRIVATE ${CMAKE_SOURCE_DIR}/tests)
+  add_test(NAME ${room}-windows
+    COMMAND ${CMAKE_SOURCE_DIR}/scripts/wine-session -- $<TARGET_FILE:kg_${room}_windows_tests> --gtest_brief=1)
+endfunction()

@@ -75,6 +75,19 @@ bool IsFile(const std::string& path) noexcept {
     return error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND;
 }
 
+/// Throws the error of a file that may not be written, as long as nothing has been done: a rename that
+/// replaces it fails with less telling ones, or not at all. A missing file is no error.
+void RequireWritable(const std::string& path) {
+    const DWORD attributes = GetFileAttributesA(path.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES) {
+        return;
+    }
+    if ((attributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_DIRECTORY)) != 0) {
+        Fail(ERROR_ACCESS_DENIED);
+    }
+    Open(path, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_EXISTING);
+}
+
 std::string CompleteBeside(const std::string& path) {
     return path + ".new";
 }
@@ -187,10 +200,7 @@ void Win32ProgramFolder::Write(const std::wstring& name, std::wstring_view text)
     if (!EndReplacement(path)) {
         Fail(GetLastError());
     }
-    if (IsFile(path)) {
-        // The errors of a file that may not be written come from itself, before anything is done.
-        Open(path, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_EXISTING);
-    }
+    RequireWritable(path);
     const std::string beside = path + ".tmp";
     Leftover leftover(beside);
     WriteWhole(beside, ToAnsi(text));
@@ -225,7 +235,7 @@ void Win32ProgramFolder::Replace(const std::string& path, const std::string& com
     Require(MoveFileA(complete.c_str(), valid.c_str()));
     if (!EndReplacement(path)) {
         const DWORD error = GetLastError();
-        if (IsFile(path)) {
+        if (GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES) {
             DeleteFileA(valid.c_str());  // failed as a whole: the old file stays the valid one
         }
         Fail(error);
