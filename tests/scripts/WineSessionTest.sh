@@ -1,0 +1,62 @@
+#!/usr/bin/env bash
+# A Wine session passes exit codes through, serves programs from outside, and leaves nothing behind.
+set -euo pipefail
+project=$(cd "$(dirname "$0")/../.." && pwd)
+run=$project/scripts/wine-session
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+failures=0
+wrong() {
+    echo "$*"
+    failures=1
+}
+
+status=0
+"$run" cmd /c exit 42 || status=$?
+[ "$status" = 42 ] || wrong "exit code 42 came through as $status"
+
+# From outside: two programs one after the other see the same files, a variable of the caller reaches them, the
+# desktop has its size, and the command's own exit code is the session's.
+cat >"$work/outside" <<'SCRIPT'
+set -eu
+wine=$KESTRELGUARD_SESSION/wine
+SEEN=kestrel "$wine" cmd /c 'echo %SEEN%>c:\seen.txt'
+"$wine" cmd /c 'type c:\seen.txt' | grep -q kestrel
+xwininfo -root -tree | grep -q 'Wine desktop".*800x600+0+0'
+"$wine" reg query 'HKCU\Control Panel\Desktop' /v LogPixels | grep -q 0x90
+echo "$KESTRELGUARD_SESSION" >"$1"
+exit 9
+SCRIPT
+status=0
+"$run" --size 800x600 --dpi 144 --outside bash "$work/outside" "$work/session" || status=$?
+[ "$status" = 9 ] || wrong "the outside command's exit code 9 came through as $status"
+[ -s "$work/session" ] && [ ! -e "$(cat "$work/session")" ] || wrong "the session's folder was not taken away"
+
+# The time limit ends a program that does not end.
+status=0
+"$run" --time 2 --outside sleep 60 2>"$work/said" || status=$?
+[ "$status" = 124 ] || wrong "the time limit gave exit code $status"
+grep -q 'time limit of 2 s' "$work/said" || wrong "the time limit was not mentioned"
+
+# A signal ends everything, the X display included.
+# shellcheck disable=SC2016 # expanded in the session
+"$run" --outside bash -c 'echo "$DISPLAY $KESTRELGUARD_SESSION" >"$1.part"; mv "$1.part" "$1"; exec sleep 60' \
+    bash "$work/signal" &
+pid=$!
+for _ in $(seq 600); do
+    [ ! -f "$work/signal" ] || break
+    sleep 0.1
+done
+read -r display session <"$work/signal"
+kill -TERM "$pid"
+status=0
+wait "$pid" || status=$?
+[ "$status" = 143 ] || wrong "a terminated session ended with $status"
+[ ! -e "$session" ] || wrong "a terminated session left $session"
+if DISPLAY=$display xwininfo -root >/dev/null 2>&1; then wrong "a terminated session left display $display"; fi
+
+status=0
+"$run" --nonsense 2>/dev/null || status=$?
+[ "$status" = 1 ] || wrong "an unknown option gave exit code $status"
+
+exit "$failures"
