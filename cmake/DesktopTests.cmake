@@ -1,0 +1,12 @@
+# kg_desktop_tests(<name> SOURCES ... [LIBS ...])
+#
+# Tests that run under Wine, in a session of their own: one program kg_<name>_tests.exe with the stand-in
+# desktop and the test toolkit linked in, run by ctest (label "desktop").
+function(kg_desktop_tests name)
+  cmake_parse_arguments(TESTS "" "" "SOURCES;LIBS" ${ARGN})
+  add_executable(kg_${name}_tests ${TESTS_SOURCES})
+  target_link_libraries(kg_${name}_tests PRIVATE kg_testing kg_desktop kg_gtest ${TESTS_LIBS})
+  add_test(NAME ${name}
+    COMMAND ${CMAKE_SOURCE_DIR}/scripts/wine-session --time 600 -- $<TARGET_FILE:kg_${name}_tests> --gtest_brief=1)
+  set_tests_properties(${name} PROPERTIES LABELS desktop TIMEOUT 700)
+endfunction()

@@ -1,0 +1,251 @@
+#pragma once
+
+#include <windows.h>
+
+#include <exdisp.h>
+
+#include <array>
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "desktop/ConnectionPoint.h"
+
+namespace kestrelguard::desktop {
+
+/// What clients can read of a browser and tests can make fail.
+enum class Property { Hwnd, LocationUrl, LocationName, StatusText, Visible, Busy, Navigate, Connect, Count_ };
+
+/// How a browser comes into being.
+struct BrowserOptions {
+    std::wstring url = L"http://www.home.example/";
+    std::wstring title = L"Home";
+    std::wstring statusText;
+    /// A frame handle to report instead of the own window's: browsers that share a frame.
+    LONG frame = 0;
+    /// A shell folder window rather than a web page.
+    bool folder = false;
+    /// With address bar, page and status bar.
+    bool dressed = false;
+    /// Whether the window is visible from the start.
+    bool shown = false;
+    /// Whether opening it fires WindowRegistered.
+    bool announced = true;
+    /// Whether `Navigate` really loads, firing the events of a load. Otherwise it is only written down.
+    bool navigates = true;
+};
+
+/// A `Navigate` or `Navigate2` call as it came in.
+struct NavigateCall {
+    std::wstring url;
+    bool second = false;  ///< Navigate2
+    VARTYPE urlType = VT_EMPTY;
+    /// Types of Flags, TargetFrameName, PostData and Headers; VT_ERROR is an omitted argument, VT_VOID a
+    /// null pointer (possible only within one process).
+    std::array<VARTYPE, 4> optional{};
+};
+
+class BrowserObject;
+
+/// Who keeps the windows of the desktop together.
+class BrowserOwner {
+ public:
+    virtual ~BrowserOwner() = default;
+    /// The browser's window was asked to close, or `Quit` was called. Comes on a thread that may call out.
+    virtual void CloseRequested(BrowserObject& browser) noexcept = 0;
+    /// A page of the browser wants a window of its own and no sink objected. `replacement` is what the sinks
+    /// offered for it, if anything.
+    virtual void OpenWindow(BrowserObject& opener, const std::wstring& url,
+                            ComPtr<IDispatch> replacement) noexcept = 0;
+};
+
+/// The COM object of one browser window, usable from any thread. `std::shared_ptr` is how this process holds
+/// it; COM references are those of clients, so that `OutsideReferences` tells what they have left.
+class BrowserObject final : public IWebBrowser2,
+                            public IConnectionPointContainer,
+                            public std::enable_shared_from_this<BrowserObject> {
+ public:
+    static std::shared_ptr<BrowserObject> Create(BrowserOwner& owner, UiThread& ui, BrowserOptions options);
+    virtual ~BrowserObject();
+
+    IDispatch* Dispatch() noexcept { return static_cast<IWebBrowser2*>(this); }
+    ConnectionPoint& Events() noexcept { return m_events; }
+
+    /// References that clients hold; 0 when none is left.
+    LONG OutsideReferences() const noexcept { return m_references; }
+    /// The own window; null once it is closed.
+    HWND Window() const;
+    const BrowserOptions& Options() const noexcept { return m_options; }
+
+    std::wstring Url() const;
+    std::wstring Title() const;
+    std::wstring StatusText() const;
+    bool Busy() const;
+    std::vector<NavigateCall> NavigateCalls() const;
+    bool QuitCalled() const;
+
+    void SetUrl(std::wstring url);
+    void SetTitle(std::wstring title);
+    /// Without an event.
+    void SetStatusText(std::wstring text);
+    /// With StatusTextChange, from the browser's own thread.
+    void ShowStatusText(std::wstring text);
+
+    /// How often a property was read (or, for Navigate and Connect, called) from outside.
+    int Reads(Property property) const;
+    void ResetReads();
+    /// Makes the next `times` reads answer `hr`; -1 means all from now on, 0 none.
+    void Fail(Property property, HRESULT hr, int times);
+    /// Runs before the next `times` reads are answered, on the thread of the read.
+    void BeforeRead(Property property, Task task, int times);
+
+    /// Loads a page as a user would: asynchronously, with all events.
+    void Load(std::wstring url);
+    /// What a click on a link that asks for a new window does: NewWindow2, then the window unless cancelled.
+    void RequestNewWindow(std::wstring url);
+    /// Whether no load or click is under way, now or within the limit (milliseconds).
+    bool WaitIdle(DWORD limit) const { return m_work.WaitIdle(limit); }
+    /// Does the task on the browser's own thread, after what it is doing.
+    void Post(Task task) { m_work.Post(std::move(task)); }
+
+    /// Ends the browser: no more work, window gone, clients disconnected. Fires nothing.
+    void End(bool disconnectClients);
+    bool Ended() const;
+
+    // IUnknown
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) noexcept override;
+    ULONG STDMETHODCALLTYPE AddRef() noexcept override;
+    ULONG STDMETHODCALLTYPE Release() noexcept override;
+
+    // IDispatch, by the system's type library of web browsers
+    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) noexcept override;
+    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID locale, ITypeInfo** info) noexcept override;
+    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID iid, LPOLESTR* names, UINT count, LCID locale,
+                                            DISPID* ids) noexcept override;
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID iid, LCID locale, WORD flags, DISPPARAMS* parameters,
+                                     VARIANT* result, EXCEPINFO* exception,
+                                     UINT* badArgument) noexcept override;
+
+    // IConnectionPointContainer
+    HRESULT STDMETHODCALLTYPE EnumConnectionPoints(IEnumConnectionPoints** points) noexcept override;
+    HRESULT STDMETHODCALLTYPE FindConnectionPoint(REFIID iid, IConnectionPoint** point) noexcept override;
+
+    // IWebBrowser
+    HRESULT STDMETHODCALLTYPE GoBack() noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GoForward() noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GoHome() noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GoSearch() noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE Navigate(BSTR url, VARIANT* flags, VARIANT* frame, VARIANT* postData,
+                                       VARIANT* headers) noexcept override;
+    HRESULT STDMETHODCALLTYPE Refresh() noexcept override;
+    HRESULT STDMETHODCALLTYPE Refresh2(VARIANT* level) noexcept override;
+    HRESULT STDMETHODCALLTYPE Stop() noexcept override { return S_OK; }
+    HRESULT STDMETHODCALLTYPE get_Application(IDispatch** application) noexcept override;
+    HRESULT STDMETHODCALLTYPE get_Parent(IDispatch** parent) noexcept override;
+    HRESULT STDMETHODCALLTYPE get_Container(IDispatch** container) noexcept override;
+    HRESULT STDMETHODCALLTYPE get_Document(IDispatch** document) noexcept override;
+    HRESULT STDMETHODCALLTYPE get_TopLevelContainer(VARIANT_BOOL* yes) noexcept override;
+    HRESULT STDMETHODCALLTYPE get_Type(BSTR* type) noexcept override;
+    HRESULT STDMETHODCALLTYPE get_Left(LONG*) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE put_Left(LONG) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE get_Top(LONG*) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE put_Top(LONG) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE get_Width(LONG*) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE put_Width(LONG) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE get_Height(LONG*) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE put_Height(LONG) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE get_LocationName(BSTR* name) noexcept override;
+    HRESULT STDMETHODCALLTYPE get_LocationURL(BSTR* url) noexcept override;
+    HRESULT STDMETHODCALLTYPE get_Busy(VARIANT_BOOL* busy) noexcept override;
+
+    // IWebBrowserApp
+    HRESULT STDMETHODCALLTYPE Quit() noexcept override;
+    HRESULT STDMETHODCALLTYPE ClientToWindow(int*, int*) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE PutProperty(BSTR name, VARIANT value) noexcept override;
+    HRESULT STDMETHODCALLTYPE GetProperty(BSTR name, VARIANT* value) noexcept override;
+    HRESULT STDMETHODCALLTYPE get_Name(BSTR* name) noexcept override;
+    HRESULT STDMETHODCALLTYPE get_HWND(SHANDLE_PTR* handle) noexcept override;
+    HRESULT STDMETHODCALLTYPE get_FullName(BSTR* name) noexcept override;
+    HRESULT STDMETHODCALLTYPE get_Path(BSTR* path) noexcept override;
+    HRESULT STDMETHODCALLTYPE get_Visible(VARIANT_BOOL* visible) noexcept override;
+    HRESULT STDMETHODCALLTYPE put_Visible(VARIANT_BOOL visible) noexcept override;
+    HRESULT STDMETHODCALLTYPE get_StatusBar(VARIANT_BOOL*) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE put_StatusBar(VARIANT_BOOL) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE get_StatusText(BSTR* text) noexcept override;
+    HRESULT STDMETHODCALLTYPE put_StatusText(BSTR text) noexcept override;
+    HRESULT STDMETHODCALLTYPE get_ToolBar(int*) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE put_ToolBar(int) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE get_MenuBar(VARIANT_BOOL*) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE put_MenuBar(VARIANT_BOOL) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE get_FullScreen(VARIANT_BOOL*) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE put_FullScreen(VARIANT_BOOL) noexcept override { return E_NOTIMPL; }
+
+    // IWebBrowser2
+    HRESULT STDMETHODCALLTYPE Navigate2(VARIANT* url, VARIANT* flags, VARIANT* frame, VARIANT* postData,
+                                        VARIANT* headers) noexcept override;
+    HRESULT STDMETHODCALLTYPE QueryStatusWB(OLECMDID, OLECMDF*) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE ExecWB(OLECMDID, OLECMDEXECOPT, VARIANT*, VARIANT*) noexcept override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE ShowBrowserBar(VARIANT*, VARIANT*, VARIANT*) noexcept override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE get_ReadyState(READYSTATE* state) noexcept override;
+    HRESULT STDMETHODCALLTYPE get_Offline(VARIANT_BOOL*) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE put_Offline(VARIANT_BOOL) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE get_Silent(VARIANT_BOOL*) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE put_Silent(VARIANT_BOOL) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE get_RegisterAsBrowser(VARIANT_BOOL*) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE put_RegisterAsBrowser(VARIANT_BOOL) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE get_RegisterAsDropTarget(VARIANT_BOOL*) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE put_RegisterAsDropTarget(VARIANT_BOOL) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE get_TheaterMode(VARIANT_BOOL*) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE put_TheaterMode(VARIANT_BOOL) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE get_AddressBar(VARIANT_BOOL*) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE put_AddressBar(VARIANT_BOOL) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE get_Resizable(VARIANT_BOOL*) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE put_Resizable(VARIANT_BOOL) noexcept override { return E_NOTIMPL; }
+
+ private:
+    struct Watch {
+        int reads = 0;
+        HRESULT failure = S_OK;
+        int failures = 0;
+        Task before;
+        int beforeTimes = 0;
+    };
+
+    BrowserObject(BrowserOwner& owner, UiThread& ui, BrowserOptions options);
+
+    /// Counts a read from outside; what it has to answer.
+    HRESULT Read(Property property) noexcept;
+    HRESULT Text(Property property, const std::wstring& value, BSTR* text) noexcept;
+    HRESULT Self(IDispatch** object) noexcept;
+    HRESULT TakeNavigation(NavigateCall call);
+    void LoadNow(const std::wstring& url);
+    void Announce(EventCall call) { m_events.Deliver(call); }
+    void Changed() const;
+    static ComPtr<ITypeInfo> Description();
+
+    BrowserOwner& m_owner;
+    UiThread& m_ui;
+    const BrowserOptions m_options;
+    ConnectionPoint m_events;
+    std::atomic<LONG> m_references{0};
+    mutable Lock m_lock;
+    std::shared_ptr<BrowserObject> m_self;  // set while clients hold references
+    HWND m_window = nullptr;
+    std::wstring m_url;
+    std::wstring m_title;
+    std::wstring m_statusText;
+    bool m_busy = false;
+    bool m_quit = false;
+    bool m_ended = false;
+    std::vector<NavigateCall> m_navigations;
+    std::array<Watch, static_cast<std::size_t>(Property::Count_)> m_watches;
+    WorkQueue m_work;
+};
+
+}  // namespace kestrelguard::desktop

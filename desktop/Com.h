@@ -1,0 +1,161 @@
+#pragma once
+
+#include <windows.h>
+
+#include <oleauto.h>
+#include <unknwn.h>
+
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace kestrelguard::desktop {
+
+/// Owns one reference of a COM object.
+template <class Interface>
+class ComPtr {
+ public:
+    ComPtr() noexcept = default;
+    ComPtr(std::nullptr_t) noexcept {}
+    /// Takes a reference of its own.
+    explicit ComPtr(Interface* object) noexcept : m_object(object) {
+        if (m_object != nullptr) {
+            m_object->AddRef();
+        }
+    }
+    ComPtr(const ComPtr& other) noexcept : ComPtr(other.m_object) {}
+    ComPtr(ComPtr&& other) noexcept : m_object(std::exchange(other.m_object, nullptr)) {}
+    ComPtr& operator=(ComPtr other) noexcept {
+        std::swap(m_object, other.m_object);
+        return *this;
+    }
+    ~ComPtr() { Reset(); }
+
+    Interface* Get() const noexcept { return m_object; }
+    Interface* operator->() const noexcept { return m_object; }
+    explicit operator bool() const noexcept { return m_object != nullptr; }
+
+    void Reset() noexcept {
+        if (Interface* old = std::exchange(m_object, nullptr)) {
+            old->Release();
+        }
+    }
+
+    /// Where a platform call stores an object that it has already referenced; drops the old one.
+    Interface** Put() noexcept {
+        Reset();
+        return &m_object;
+    }
+    void** PutVoid() noexcept { return reinterpret_cast<void**>(Put()); }
+
+    /// Gives the reference up to the caller.
+    Interface* Detach() noexcept { return std::exchange(m_object, nullptr); }
+
+    /// The same object under another interface; empty when it does not have it.
+    template <class Other>
+    ComPtr<Other> As() const noexcept {
+        ComPtr<Other> other;
+        if (m_object != nullptr) {
+            m_object->QueryInterface(__uuidof(Other), other.PutVoid());
+        }
+        return other;
+    }
+
+ private:
+    Interface* m_object = nullptr;
+};
+
+/// Owns one BSTR.
+class Bstr {
+ public:
+    Bstr() noexcept = default;
+    explicit Bstr(std::wstring_view text) noexcept
+        : m_text(SysAllocStringLen(text.data(), static_cast<UINT>(text.size()))) {}
+    Bstr(Bstr&& other) noexcept : m_text(other.Detach()) {}
+    Bstr& operator=(Bstr&& other) noexcept {
+        std::swap(m_text, other.m_text);
+        return *this;
+    }
+    Bstr(const Bstr&) = delete;
+    Bstr& operator=(const Bstr&) = delete;
+    ~Bstr() { SysFreeString(m_text); }
+
+    BSTR Get() const noexcept { return m_text; }
+    BSTR* Put() noexcept {
+        SysFreeString(std::exchange(m_text, nullptr));
+        return &m_text;
+    }
+    BSTR Detach() noexcept { return std::exchange(m_text, nullptr); }
+    std::wstring Text() const { return std::wstring(m_text, SysStringLen(m_text)); }
+
+ private:
+    BSTR m_text = nullptr;
+};
+
+/// A VARIANT that clears what it owns. What it points to by reference belongs to somebody else.
+class Variant : public VARIANT {
+ public:
+    Variant() noexcept { VariantInit(this); }
+    Variant(Variant&& other) noexcept : VARIANT(other) { VariantInit(&other); }
+    Variant& operator=(Variant&& other) noexcept {
+        std::swap(static_cast<VARIANT&>(*this), static_cast<VARIANT&>(other));
+        return *this;
+    }
+    Variant(const Variant&) = delete;
+    Variant& operator=(const Variant&) = delete;
+    ~Variant() { VariantClear(this); }
+
+    /// An argument that the caller left out.
+    static Variant Omitted() noexcept {
+        Variant value;
+        value.vt = VT_ERROR;
+        value.scode = DISP_E_PARAMNOTFOUND;
+        return value;
+    }
+    static Variant Text(std::wstring_view text) noexcept {
+        Variant value;
+        value.vt = VT_BSTR;
+        value.bstrVal = Bstr(text).Detach();
+        return value;
+    }
+    static Variant Long(LONG number) noexcept {
+        Variant value;
+        value.vt = VT_I4;
+        value.lVal = number;
+        return value;
+    }
+    static Variant Bool(bool yes) noexcept {
+        Variant value;
+        value.vt = VT_BOOL;
+        value.boolVal = yes ? VARIANT_TRUE : VARIANT_FALSE;
+        return value;
+    }
+    /// Takes a reference of its own; the object may be null.
+    static Variant Dispatch(IDispatch* object) noexcept {
+        Variant value;
+        value.vt = VT_DISPATCH;
+        value.pdispVal = object;
+        if (object != nullptr) {
+            object->AddRef();
+        }
+        return value;
+    }
+};
+
+/// Enters the multi-threaded apartment for as long as it lives.
+class Apartment {
+ public:
+    Apartment() noexcept : m_result(CoInitializeEx(nullptr, COINIT_MULTITHREADED)) {}
+    ~Apartment() {
+        if (SUCCEEDED(m_result)) {
+            CoUninitialize();
+        }
+    }
+    Apartment(const Apartment&) = delete;
+    Apartment& operator=(const Apartment&) = delete;
+
+ private:
+    HRESULT m_result;
+};
+
+}  // namespace kestrelguard::desktop

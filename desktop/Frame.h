@@ -1,0 +1,18 @@
+#pragma once
+
+#include <windows.h>
+
+#include <memory>
+
+namespace kestrelguard::desktop {
+
+class BrowserObject;
+
+/// Makes the window of a browser: with address bar, page and status bar when its options say so, otherwise
+/// a bare frame. Call it on the thread for windows; the window keeps the browser until it is destroyed.
+HWND CreateFrame(const std::shared_ptr<BrowserObject>& browser);
+
+/// Tells the window that its browser's page, title or status text has changed. From any thread.
+void FrameChanged(HWND window);
+
+}  // namespace kestrelguard::desktop

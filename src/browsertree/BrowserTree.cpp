@@ -1,0 +1,217 @@
+#include "browsertree/BrowserTree.h"
+
+#include <unordered_set>
+
+#include "browsertree/Texts.h"
+#include "runtime/ErrorsIgnored.h"
+#include "runtime/Numbers.h"
+#include "runtime/Text.h"
+
+namespace kestrelguard {
+
+namespace {
+
+constexpr int kRightButton = 2;
+
+std::wstring BrowserKey(std::int32_t handle) {
+    return tree_texts::kKeySeparator + Decimal(handle);
+}
+
+std::wstring DetailKey(const std::wstring& browserKey, const std::wstring& suffix) {
+    return browserKey + tree_texts::kKeySeparator + suffix;
+}
+
+/// True while it lives.
+class Flag {
+ public:
+    explicit Flag(bool& flag) : m_flag(flag) { m_flag = true; }
+    ~Flag() { m_flag = false; }
+    Flag(const Flag&) = delete;
+    Flag& operator=(const Flag&) = delete;
+
+ private:
+    bool& m_flag;
+};
+
+}  // namespace
+
+std::optional<std::int32_t> WindowHandleOf(std::wstring_view key) {
+    if (!Contains(key, tree_texts::kKeySeparator)) {
+        return std::nullopt;
+    }
+    for (const std::wstring_view part : Split(key, tree_texts::kKeySeparator)) {
+        if (const std::optional<double> number = NumberOf(part)) {
+            return RoundToInteger(*number);
+        }
+    }
+    return std::nullopt;
+}
+
+void BrowserTree::RefreshBrowserTree() {
+    if (m_rebuilding) {
+        m_rebuildAgain = true;
+        return;
+    }
+    const Flag rebuilding(m_rebuilding);
+    do {
+        m_rebuildAgain = false;
+        try {
+            Rebuild();
+        } catch (const RunTimeError&) {
+            // A window that closed under the rebuild has said so: the next round will not meet it.
+            if (!m_rebuildAgain) {
+                throw;
+            }
+        }
+    } while (m_rebuildAgain);
+}
+
+void BrowserTree::Rebuild() {
+    Tree& tree = m_parts.tvBrowsers;
+    m_parts.IEEvents1.SetEnabled(true);
+    tree.Clear();
+    tree.Add({}, tree_texts::kRootKey, tree_texts::kAllInstances, tree_images::kRoot);
+    tree.Expand(tree_texts::kRootKey);
+    ShowCount();
+    for (const std::shared_ptr<Browser>& browser : m_parts.IEEvents1.Browsers()) {
+        AddBrowserNode(*browser, tree_texts::kRebuiltBrowser);
+        AddTitleNode(*browser);
+        AddAddressNode(*browser);
+    }
+}
+
+void BrowserTree::ShowCount() {
+    m_parts.tvBrowsers.SetText(tree_texts::kRootKey, std::wstring(tree_texts::kWindowsBrowsers) + L" (" +
+                                                         Decimal(m_parts.IEEvents1.Count()) + L")");
+}
+
+// The handle is read afresh for every node: a browser that dies in between yields what it still can.
+
+void BrowserTree::AddBrowserNode(const Browser& browser, const std::wstring& text) {
+    const std::wstring key = BrowserKey(browser.Handle());
+    m_parts.tvBrowsers.Add(tree_texts::kRootKey, key, text, tree_images::kBrowser);
+    m_parts.tvBrowsers.Expand(key);
+}
+
+void BrowserTree::AddTitleNode(const Browser& browser) {
+    const std::wstring parent = BrowserKey(browser.Handle());
+    m_parts.tvBrowsers.Add(parent, DetailKey(parent, tree_texts::kTitleSuffix),
+                           tree_texts::kTitle + browser.LocationName(), tree_images::kDetail);
+}
+
+void BrowserTree::AddAddressNode(const Browser& browser) {
+    const std::wstring parent = BrowserKey(browser.Handle());
+    m_parts.tvBrowsers.Add(parent, DetailKey(parent, tree_texts::kURLSuffix),
+                           tree_texts::kURL + browser.LocationURL(), tree_images::kDetail);
+}
+
+void BrowserTree::SetBrowserNodeText(const Browser& browser, const std::wstring& suffix,
+                                     const std::wstring& text) {
+    ErrorsIgnored([&] { m_parts.tvBrowsers.SetText(DetailKey(BrowserKey(browser.Handle()), suffix), text); });
+}
+
+void BrowserTree::BrowserCreated(const Browser& browser) {
+    if (m_rebuilding) {
+        m_rebuildAgain = true;
+        return;
+    }
+    ErrorsIgnored([&] { ShowCount(); }, [&] { AddBrowserNode(browser, tree_texts::kCreatedBrowser); },
+                  [&] { AddTitleNode(browser); }, [&] { AddAddressNode(browser); });
+}
+
+void BrowserTree::BrowserDestroyed() {
+    if (m_rebuilding) {
+        m_rebuildAgain = true;
+        return;
+    }
+    ErrorsIgnored([&] { ShowCount(); });
+    // Looking for the node lets events in: another window that goes meanwhile has its turn afterwards.
+    ++m_windowsGone;
+    if (m_removing) {
+        return;
+    }
+    const Flag removing(m_removing);
+    while (m_windowsGone > 0) {
+        --m_windowsGone;
+        ErrorsIgnored([&] { RemoveFirstStaleNode(); });
+    }
+}
+
+void BrowserTree::RemoveFirstStaleNode() {
+    const std::vector<std::shared_ptr<Browser>> browsers = m_parts.IEEvents1.Browsers();
+    // A node that comes while the handles are read is none of this event's.
+    std::unordered_set<std::wstring> candidates;
+    for (TreeNode& node : m_parts.tvBrowsers.Nodes()) {
+        if (node.parent == tree_texts::kRootKey) {
+            candidates.insert(std::move(node.key));
+        }
+    }
+    // One read of each handle, whatever the number of nodes. A browser that does not answer matches none.
+    for (const std::shared_ptr<Browser>& browser : browsers) {
+        ErrorsIgnored([&] { candidates.erase(BrowserKey(browser->Handle())); });
+    }
+    if (candidates.empty()) {
+        return;
+    }
+    for (const TreeNode& node : m_parts.tvBrowsers.Nodes()) {
+        if (candidates.contains(node.key)) {
+            // One at most: one event stands for one window gone.
+            m_parts.tvBrowsers.Remove(node.key);
+            return;
+        }
+    }
+}
+
+bool BrowserTree::RootIsSelected() const {
+    const std::optional<TreeNode> node = m_parts.tvBrowsers.Selected();
+    return node && Contains(node->text, tree_texts::kWindowsBrowsers);
+}
+
+void BrowserTree::tvBrowsers_Click() {
+    ErrorsIgnored([&] {
+        if (RootIsSelected()) {
+            ErrorsIgnored([&] { m_parts.IEEvents1.Refresh(); }, [&] { m_parts.messageLoop.DoEvents(); });
+        }
+    });
+}
+
+void BrowserTree::tvBrowsers_DblClick() {
+    ErrorsIgnored([&] {
+        if (RootIsSelected()) {
+            ErrorsIgnored([&] { m_parts.IEEvents1.SetEnabled(false); }, [&] { RefreshBrowserTree(); },
+                          [&] { m_parts.messageLoop.DoEvents(); });
+        }
+    });
+}
+
+void BrowserTree::tvBrowsers_MouseDown(int button) {
+    // Kept: the selection stays where it is, whatever the pointer is over.
+    if (button == kRightButton) {
+        ErrorsIgnored([&] { m_parts.bMnu.PopUp(); });
+    }
+}
+
+std::optional<std::int32_t> BrowserTree::SelectedWindow() const {
+    std::optional<std::int32_t> handle;
+    ErrorsIgnored([&] {
+        if (const std::optional<TreeNode> node = m_parts.tvBrowsers.Selected()) {
+            handle = WindowHandleOf(node->key);
+        }
+    });
+    return handle;
+}
+
+void BrowserTree::mnuSB_Click() {
+    if (const std::optional<std::int32_t> handle = SelectedWindow()) {
+        ErrorsIgnored([&] { m_parts.windows.ShowNormal(*handle); },
+                      [&] { m_parts.windows.SetForeground(*handle); });
+    }
+}
+
+void BrowserTree::mnuCB_Click() {
+    if (const std::optional<std::int32_t> handle = SelectedWindow()) {
+        ErrorsIgnored([&] { m_parts.windows.PostClose(*handle); });
+    }
+}
+
+}  // namespace kestrelguard
