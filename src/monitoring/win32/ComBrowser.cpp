@@ -1,0 +1,86 @@
+#include "monitoring/win32/ComBrowser.h"
+
+#include "monitoring/win32/EventSink.h"
+#include "runtime/win32/ComError.h"
+
+namespace kestrelguard {
+
+IWebBrowser2& ComBrowser::Object() const {
+    if (!m_browser) {
+        throw RunTimeError(RunTimeError::kObjectNotSet);
+    }
+    return *m_browser;
+}
+
+std::int32_t ComBrowser::Handle() const {
+    SHANDLE_PTR handle = 0;
+    CallOut([&] { return Object().get_HWND(&handle); });
+    return static_cast<std::int32_t>(handle);
+}
+
+std::wstring ComBrowser::LocationName() const {
+    Bstr text;
+    CallOut([&] { return Object().get_LocationName(text.Put()); });
+    return text.Text();
+}
+
+std::wstring ComBrowser::LocationURL() const {
+    Bstr text;
+    CallOut([&] { return Object().get_LocationURL(text.Put()); });
+    return text.Text();
+}
+
+std::wstring ComBrowser::StatusText() const {
+    Bstr text;
+    CallOut([&] { return Object().get_StatusText(text.Put()); });
+    return text.Text();
+}
+
+void ComBrowser::Navigate(const std::wstring& address) {
+    const Bstr url(address);
+    // A null pointer for an omitted argument does not travel to another process.
+    Variant flags = Variant::Omitted();
+    Variant frame = Variant::Omitted();
+    Variant data = Variant::Omitted();
+    Variant headers = Variant::Omitted();
+    CallOut([&] {
+        return Object().Navigate(url.Get(), &flags.Get(), &frame.Get(), &data.Get(), &headers.Get());
+    });
+}
+
+void ComBrowser::Navigate2(const std::wstring& address) {
+    Variant url(address);
+    Variant flags = Variant::Omitted();
+    Variant frame = Variant::Omitted();
+    Variant data = Variant::Omitted();
+    Variant headers = Variant::Omitted();
+    CallOut([&] {
+        return Object().Navigate2(&url.Get(), &flags.Get(), &frame.Get(), &data.Get(), &headers.Get());
+    });
+}
+
+std::vector<ComBrowser> BrowsersIn(const cBrowsers& browsers) {
+    std::vector<ComBrowser> found;
+    const auto walk = browsers.NewEnum();
+    for (;;) {
+        Variant entry;
+        ULONG fetched = 0;
+        if (walk->Next(1, entry.Put(), &fetched) != S_OK || fetched != 1) {
+            return found;
+        }
+        found.emplace_back(Query<IWebBrowser2>(entry.Get().punkVal).Get());
+    }
+}
+
+std::wstring TextOf(const VARIANT& argument) {
+    Variant reference;
+    reference.Get().vt = VT_BYREF | VT_VARIANT;
+    reference.Get().pvarVal = const_cast<VARIANT*>(&argument);
+    EventArgument<BSTR> text;
+    if (!text.Take(reference.Get())) {
+        throw RunTimeError(RunTimeError::kTypeMismatch);
+    }
+    return std::wstring(text.Value() == nullptr ? L"" : text.Value(), SysStringLen(text.Value()));
+}
+
+}  // namespace kestrelguard

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <windows.h>
+
+#include <exdisp.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "controls/Controls.h"
+#include "monitoring/win32/cBrowsers.h"
+#include "runtime/win32/Com.h"
+
+namespace kestrelguard {
+
+/// A running browser window, asked and told through its automation object. Holds a reference of its own.
+/// Each operation throws RunTimeError with the call's HRESULT (and the browser's description, if it gave one)
+/// when the window does not answer, 91 when there is no browser. Texts keep their full length.
+///
+/// An operation waits for the browser's process and lets other calls in meanwhile. It fails in a message that
+/// another thread sent.
+class ComBrowser final : public Browser {
+ public:
+    /// Shares the browser.
+    explicit ComBrowser(IWebBrowser2* browser) noexcept : m_browser(browser) {}
+
+    std::int32_t Handle() const override;
+    std::wstring LocationName() const override;
+    std::wstring LocationURL() const override;
+    std::wstring StatusText() const override;
+    void Navigate(const std::wstring& address) override;
+    void Navigate2(const std::wstring& address) override;
+
+ private:
+    IWebBrowser2& Object() const;
+
+    ComPtr<IWebBrowser2> m_browser;
+};
+
+/// The browsers of the list as it is now, in its order.
+std::vector<ComBrowser> BrowsersIn(const cBrowsers& browsers);
+
+/// The text in an event's argument, references followed; any other value as the text it converts to. Throws
+/// kTypeMismatch when there is no text for it.
+std::wstring TextOf(const VARIANT& argument);
+
+}  // namespace kestrelguard

@@ -1,0 +1,125 @@
+#pragma once
+
+#include <windows.h>
+
+#include <exdisp.h>
+
+#include <cstdint>
+#include <string_view>
+
+#include "monitoring/win32/BrowserEvents.h"
+#include "monitoring/win32/cBrowserEvents.h"
+#include "monitoring/win32/cBrowsers.h"
+#include "runtime/win32/Com.h"
+
+namespace kestrelguard {
+
+/// Where the control's host keeps its properties.
+class PropertyBag {
+ public:
+    virtual ~PropertyBag() = default;
+    virtual void WriteProperty(std::wstring_view name, bool value, bool defaultValue) = 0;
+};
+
+/// The host's ear for changed properties.
+class PropertyHost {
+ public:
+    virtual ~PropertyHost() = default;
+    virtual void PropertyChanged(std::wstring_view name) = 0;
+};
+
+/// The browser events control: the one door of monitoring. Switches it on and off, hands out the list of
+/// watched browsers and raises the watcher's fourteen events to its host.
+///
+/// Works on the thread that made it, which must be in a single-threaded apartment and run a message loop.
+/// `host` (and `properties`, if given) must outlive the control. Being in a message that another thread
+/// *sent* no browser can be called: switch on, refresh and use browsers from posted messages and events only.
+class IEEvents final {
+ public:
+    static constexpr std::wstring_view kProgId = L"Kestrel.IEEvents";
+
+    explicit IEEvents(BrowserEvents& host, PropertyHost* properties = nullptr,
+                      ShellWindowsMaker makeShellWindows = CreateShellWindows);
+    /// Switches monitoring off and lets the list go.
+    ~IEEvents();
+    IEEvents(const IEEvents&) = delete;
+    IEEvents& operator=(const IEEvents&) = delete;
+
+    /// Whether monitoring is on. Marks the property as changed.
+    bool Enabled();
+    /// True switches monitoring on; nothing happens when it is on already. False switches it off: no event
+    /// reaches the host from then on, and the list stays as it is. Throws RunTimeError when the windows
+    /// cannot be watched.
+    void SetEnabled(bool blnNewValue);
+    /// Watches all windows afresh; switches monitoring on when it was off. Throws RunTimeError when the
+    /// windows cannot be watched.
+    void Refresh();
+    /// The list of watched browsers: the same object each time.
+    const ComPtr<cBrowsers>& Browsers() const noexcept { return m_oBrowsers; }
+
+    void WriteProperties(PropertyBag& bag) const;
+
+ private:
+    /// The watcher's connection to the handlers.
+    class Listener final : public BrowserEvents {
+     public:
+        explicit Listener(IEEvents& control) : m_control(control) {}
+        void BrowserNavigating(IWebBrowser2*& Browser, IDispatch* pDisp, VARIANT& URL, VARIANT& Flags,
+                               VARIANT& TargetFrameName, VARIANT& PostData, VARIANT& Headers,
+                               VARIANT_BOOL& Cancel) override;
+        void DocumentComplete(IWebBrowser2*& Browser, IDispatch*& pDisp, VARIANT& URL) override;
+        void DownLoadBegin(IWebBrowser2*& Browser) override;
+        void DownLoadComplete(IWebBrowser2*& Browser) override;
+        void FileDownload(IWebBrowser2*& Browser, VARIANT_BOOL& Cancel) override;
+        void NavigateComplete(IWebBrowser2*& Browser, IDispatch* pDisp, VARIANT& URL) override;
+        void NavigateError(IWebBrowser2*& Browser, IDispatch* pDisp, VARIANT& URL, VARIANT& Frame,
+                           VARIANT& StatusCode, VARIANT_BOOL& Cancel) override;
+        void NewWindow(IWebBrowser2*& Browser, IDispatch*& ppDisp, VARIANT_BOOL& Cancel) override;
+        void OnFullScreen(IWebBrowser2*& Browser, VARIANT_BOOL FullScreen) override;
+        void ProgressChange(IWebBrowser2*& Browser, LONG Progress, LONG ProgressMax) override;
+        void TitleChange(IWebBrowser2*& Browser, const std::wstring& Text) override;
+        void WindowClosing(IWebBrowser2*& Browser, VARIANT_BOOL IsChildWindow, VARIANT_BOOL& Cancel) override;
+        void BrowserCreated(IWebBrowser2* Browser) override;
+        void BrowserDestroyed() override;
+
+     private:
+        IEEvents& m_control;
+    };
+
+    void oBrowserEvents_BrowserNavigating(IWebBrowser2*& Browser, IDispatch* pDisp, VARIANT& URL,
+                                          VARIANT& Flags, VARIANT& TargetFrameName, VARIANT& PostData,
+                                          VARIANT& Headers, VARIANT_BOOL& Cancel);
+    void oBrowserEvents_DocumentComplete(IWebBrowser2*& Browser, IDispatch*& pDisp, VARIANT& URL);
+    void oBrowserEvents_DownLoadBegin(IWebBrowser2*& Browser);
+    void oBrowserEvents_DownLoadComplete(IWebBrowser2*& Browser);
+    void oBrowserEvents_FileDownload(IWebBrowser2*& Browser, VARIANT_BOOL& Cancel);
+    void oBrowserEvents_NavigateComplete(IWebBrowser2*& Browser, IDispatch* pDisp, VARIANT& URL);
+    void oBrowserEvents_NavigateError(IWebBrowser2*& Browser, IDispatch* pDisp, VARIANT& URL, VARIANT& Frame,
+                                      VARIANT& StatusCode, VARIANT_BOOL& Cancel);
+    void oBrowserEvents_NewWindow(IWebBrowser2*& Browser, IDispatch*& ppDisp, VARIANT_BOOL& Cancel);
+    void oBrowserEvents_OnFullScreen(IWebBrowser2*& Browser, VARIANT_BOOL FullScreen);
+    void oBrowserEvents_ProgressChange(IWebBrowser2*& Browser, LONG Progress, LONG ProgressMax);
+    void oBrowserEvents_TitleChange(IWebBrowser2*& Browser, const std::wstring& Text);
+    void oBrowserEvents_WindowClosing(IWebBrowser2*& Browser, VARIANT_BOOL IsChildWindow,
+                                      VARIANT_BOOL& Cancel);
+    void oBrowserEvents_BrowserCreated(IWebBrowser2* Browser);
+    void oBrowserEvents_BrowserDestroyed();
+
+    void Start();
+    void Stop() noexcept;
+    void PropertyChanged();
+
+    ComPtr<cBrowserEvents> oBrowserEvents;
+    ComPtr<cBrowsers> m_oBrowsers = MakeCom<cBrowsers>();
+
+    BrowserEvents& m_host;
+    PropertyHost* const m_properties;
+    const ShellWindowsMaker m_makeShellWindows;
+    Listener m_listener{*this};
+    /// Counts starts and stops: a start that another one or a stop overtook gives up.
+    std::uint32_t m_turn = 0;
+    /// The turn of a start that is under way, else 0.
+    std::uint32_t m_startingTurn = 0;
+};
+
+}  // namespace kestrelguard
