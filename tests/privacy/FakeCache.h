@@ -101,8 +101,11 @@ class FakeCache : public UrlCache, public UrlCacheGroups, public LocalMemory, pu
         if (Fail()) {
             return false;
         }
-        for (Entry& entry : entries) {
+        for (std::size_t step = 0; step < entries.size(); ++step) {
+            // Entries are mostly deleted one behind the other.
+            Entry& entry = entries[(m_lastDeleted + step) % entries.size()];
             if (!entry.gone && entry.address == address) {
+                m_lastDeleted = (m_lastDeleted + step) % entries.size();
                 if (entry.locked) {
                     lastError = 32;
                     return false;
@@ -306,6 +309,7 @@ class FakeCache : public UrlCache, public UrlCacheGroups, public LocalMemory, pu
     std::map<std::uintptr_t, std::size_t> m_finds;
     std::uintptr_t m_handle = 0;
     std::size_t m_nextGroup = 0;
+    std::size_t m_lastDeleted = 0;
 };
 
 class FakeCacheDetails : public CacheDetails, public Fallible {
