@@ -1,0 +1,81 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "controls/Controls.h"
+#include "runtime/System.h"
+
+namespace kestrelguard {
+
+/// The one walk that fills, refreshes and clears, as far as the cache window asks for it.
+class CacheListing {
+ public:
+    virtual ~CacheListing() = default;
+    /// A walk that fills the open cache window's list. Throws kOverflow.
+    virtual void LoadCacheEntries(bool clearFiles, bool clearCookies, bool cookiesOnly) = 0;
+};
+
+/// The end of a single cache entry, and what the system says when it cannot be had.
+class CacheEntryDeletion {
+ public:
+    virtual ~CacheEntryDeletion() = default;
+    /// Deletes the entry. Answers 0, or the number of the error.
+    virtual std::uint32_t DeleteUrlCacheEntryA(const std::wstring& address) = 0;
+    /// The system's text for an error, cut at 200 characters.
+    virtual std::wstring SystemMessage(std::uint32_t error) const = 0;
+};
+
+/// The details of a cache entry.
+class CacheEntryDetails {
+ public:
+    virtual ~CacheEntryDetails() = default;
+    /// The three lines of text for an address.
+    virtual std::wstring CacheEntryDetailsOf(const std::wstring& address) = 0;
+};
+
+/// What the cache window does with its entries: lists, finds, deletes and clears them.
+class CacheBrowser {
+ public:
+    /// All of it belongs to the window and outlives this object.
+    struct Parts {
+        /// `kg_CLST`: the addresses.
+        ListRows& entries;
+        ListSelection& selection;
+        /// `fndTXT` and `fndCache`.
+        const TextBox& fndTXT;
+        Caption& fndCache;
+        ToolTip& fndCacheTip;
+        Caption& IECacheLBL;
+        Caption& CacheDetail;
+        CacheListing& listing;
+        CacheEntryDeletion& deletion;
+        CacheEntryDetails& details;
+        MessageBoxes& boxes;
+        MessageLoop& messages;
+        /// Program-wide: cookies only.
+        bool& ShowCookiesOnly;
+    };
+
+    explicit CacheBrowser(const Parts& parts) : m_parts(parts) {}
+
+    void AllCache_Click();
+    void ShowCook_Click();
+    void RefreshIE_Click();
+    void ClearIENow_Click();
+    void kg_CLST_Click();
+    void kg_CLST_DblClick();
+    void fndTXT_Change();
+    void fndCache_Click();
+
+ private:
+    std::wstring SelectedAddress() const;
+    bool FindFrom(std::int32_t row, const std::wstring& text);
+
+    Parts m_parts;
+    /// The text searched for last, and the row after the last match; 0: no search is under way.
+    std::wstring m_lastFind;
+    std::int32_t m_findPos = 0;
+};
+
+}  // namespace kestrelguard

@@ -1,0 +1,226 @@
+#include "cachewindow/CacheBrowser.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "controls/Fakes.h"
+
+namespace kestrelguard {
+namespace {
+
+struct FakeListing final : CacheListing {
+    void LoadCacheEntries(bool clearFiles, bool clearCookies, bool cookiesOnly) override {
+        log += std::string(clearFiles ? "files " : "") + (clearCookies ? "cookies " : "") +
+               (cookiesOnly ? "only " : "") + "walk;";
+    }
+    std::string log;
+};
+
+struct FakeDeletion final : CacheEntryDeletion {
+    std::uint32_t DeleteUrlCacheEntryA(const std::wstring& address) override {
+        deleted.push_back(address);
+        return error;
+    }
+    std::wstring SystemMessage(std::uint32_t) const override { return L"File not found.\r\n"; }
+    std::vector<std::wstring> deleted;
+    std::uint32_t error = 0;
+};
+
+struct FakeDetails final : CacheEntryDetails {
+    std::wstring CacheEntryDetailsOf(const std::wstring& address) override { return L"<" + address + L">"; }
+};
+
+struct CacheBrowserTest : testing::Test {
+    FakeListRows rows;
+    FakeListSelection selection;
+    FakeTextBox fndTXT;
+    FakeCaption find;
+    FakeToolTip findTip;
+    FakeCaption label;
+    FakeCaption detail;
+    FakeListing listing;
+    FakeDeletion deletion;
+    FakeDetails details;
+    FakeMessageBoxes boxes;
+    FakeMessageLoop messages;
+    bool ShowCookiesOnly = false;
+    CacheBrowser browser{{rows, selection, fndTXT, find, findTip, label, detail, listing, deletion, details,
+                          boxes, messages, ShowCookiesOnly}};
+
+    void Fill(std::initializer_list<const wchar_t*> texts) {
+        rows.rows.clear();
+        for (const wchar_t* text : texts) {
+            rows.rows.emplace_back(text);
+        }
+    }
+};
+
+TEST_F(CacheBrowserTest, TheViewsSetTheFlagAndRefresh) {
+    browser.ShowCook_Click();
+    EXPECT_TRUE(ShowCookiesOnly);
+    EXPECT_EQ(listing.log, "only walk;");
+    EXPECT_EQ(label.text, L"Internet Explorer Cache Files loading, please wait...");
+    listing.log.clear();
+    browser.AllCache_Click();
+    EXPECT_FALSE(ShowCookiesOnly);
+    EXPECT_EQ(listing.log, "walk;");
+}
+
+TEST_F(CacheBrowserTest, ClearAsksFirst) {
+    boxes.answer = 7;
+    browser.ClearIENow_Click();
+    EXPECT_EQ(listing.log, "");
+    ASSERT_EQ(boxes.shown.size(), 1U);
+    EXPECT_EQ(boxes.shown[0].text, L"Are you sure you want to delete your temporary internet files?");
+    EXPECT_EQ(boxes.shown[0].caption, L"Kestrelguard - Confirm Cache Deletion!");
+    EXPECT_EQ(boxes.shown[0].style, 68U);
+}
+
+TEST_F(CacheBrowserTest, ClearInTheViewOfAllTakesFilesAndCookies) {
+    boxes.answer = 6;
+    browser.ClearIENow_Click();
+    EXPECT_EQ(listing.log, "files cookies walk;");
+    EXPECT_EQ(label.text, L"Internet Explorer Cache Files clearing, please wait...");
+}
+
+TEST_F(CacheBrowserTest, ClearInTheViewOfCookiesTakesCookiesAlone) {
+    boxes.answer = 6;
+    ShowCookiesOnly = true;
+    browser.ClearIENow_Click();
+    EXPECT_EQ(listing.log, "cookies only walk;");
+    EXPECT_EQ(boxes.shown[0].text, L"Are you sure you want to delete your unsaved internet Cookies?");
+    EXPECT_EQ(boxes.shown[0].caption, L"Kestrelguard - Confirm Cookies Deletion!");
+}
+
+TEST_F(CacheBrowserTest, AClickShowsTheDetails) {
+    Fill({L"a", L"b"});
+    selection.row = 1;
+    browser.kg_CLST_Click();
+    EXPECT_EQ(detail.text, L"<b>");
+}
+
+TEST_F(CacheBrowserTest, ADoubleClickAsksWithTheFirstFiftyCharacters) {
+    const std::wstring address = std::wstring(50, L'a') + L"cut";
+    Fill({address.c_str()});
+    selection.row = 0;
+    boxes.answer = 7;
+    browser.kg_CLST_DblClick();
+    ASSERT_EQ(boxes.shown.size(), 1U);
+    EXPECT_EQ(boxes.shown[0].text,
+              L"Delete this Internet Explorer Cache Entry now?\r\n" + std::wstring(50, L'a') + L"...");
+    EXPECT_EQ(boxes.shown[0].caption, L"Kestrelguard - Confirm Cache Deletion!");
+    EXPECT_EQ(boxes.shown[0].style, 68U);
+    EXPECT_TRUE(deletion.deleted.empty());
+    EXPECT_EQ(rows.rows.size(), 1U);
+}
+
+TEST_F(CacheBrowserTest, ADeletedEntryLeavesTheList) {
+    Fill({L"a", L"b", L"c"});
+    selection.row = 1;
+    boxes.answer = 6;
+    browser.kg_CLST_DblClick();
+    EXPECT_EQ(deletion.deleted, (std::vector<std::wstring>{L"b"}));
+    ASSERT_EQ(rows.rows.size(), 2U);
+    EXPECT_EQ(rows.rows[1], L"c");
+}
+
+TEST_F(CacheBrowserTest, AFailedDeletionIsToldWithTheSystemsText) {
+    Fill({L"a"});
+    selection.row = 0;
+    boxes.answer = 6;
+    deletion.error = 2;
+    browser.kg_CLST_DblClick();
+    ASSERT_EQ(boxes.shown.size(), 2U);
+    EXPECT_EQ(boxes.shown[1].text, L"2 File not found.\r\n");
+    EXPECT_EQ(boxes.shown[1].style, 0U);
+    EXPECT_EQ(rows.rows.size(), 1U);
+}
+
+TEST_F(CacheBrowserTest, ADoubleClickOnNothingAsksNothing) {
+    browser.kg_CLST_DblClick();
+    EXPECT_TRUE(boxes.shown.empty());
+}
+
+TEST_F(CacheBrowserTest, ANewTextIsSearchedFromTheTopAndTheSameFromTheLastMatch) {
+    Fill({L"one x", L"two", L"three x", L"four"});
+    fndTXT.text = L"x";
+    browser.fndCache_Click();
+    EXPECT_EQ(selection.row, 0);
+    EXPECT_EQ(detail.text, L"<one x>");
+    EXPECT_EQ(find.text, L"<- F. Again ");
+    EXPECT_EQ(findTip.text, L" Find \"x\" Again...");
+    browser.fndCache_Click();
+    EXPECT_EQ(selection.row, 2);
+    fndTXT.text = L"o";
+    browser.fndCache_Click();
+    EXPECT_EQ(selection.row, 0);
+    EXPECT_TRUE(boxes.shown.empty());
+}
+
+TEST_F(CacheBrowserTest, TheSearchIsCaseSensitive) {
+    Fill({L"Cookie:a"});
+    fndTXT.text = L"cookie";
+    browser.fndCache_Click();
+    ASSERT_EQ(boxes.shown.size(), 1U);
+    EXPECT_EQ(boxes.shown[0].text, L" No matches for \"cookie\" found...");
+    EXPECT_EQ(boxes.shown[0].caption, L"Kestrelguard");
+    EXPECT_EQ(boxes.shown[0].style, 64U);
+    EXPECT_EQ(find.text, L"<- Find ");
+    EXPECT_EQ(findTip.text, L" Click here to find internet cache containing...");
+}
+
+TEST_F(CacheBrowserTest, AFindAgainWithoutAFurtherMatchSaysNothing) {
+    Fill({L"x", L"y", L"z"});
+    fndTXT.text = L"x";
+    browser.fndCache_Click();
+    browser.fndCache_Click();
+    browser.fndCache_Click();
+    EXPECT_TRUE(boxes.shown.empty());
+    EXPECT_EQ(selection.row, 0);
+    EXPECT_EQ(find.text, L"<- F. Again ");
+}
+
+TEST_F(CacheBrowserTest, AMatchInTheLastRowSaysThatThereIsNoMore) {
+    Fill({L"y", L"x"});
+    fndTXT.text = L"x";
+    browser.fndCache_Click();
+    ASSERT_EQ(boxes.shown.size(), 1U);
+    EXPECT_EQ(boxes.shown[0].text, L" No more matches for \"x\" ...");
+    EXPECT_EQ(boxes.shown[0].caption, L"Kestrelguard");
+    EXPECT_EQ(boxes.shown[0].style, 64U);
+    EXPECT_EQ(find.text, L"<- F. Again ");
+    browser.fndCache_Click();
+    EXPECT_EQ(boxes.shown.size(), 2U);
+}
+
+TEST_F(CacheBrowserTest, FindingInAnEmptyListHasNoMatches) {
+    fndTXT.text = L"x";
+    browser.fndCache_Click();
+    ASSERT_EQ(boxes.shown.size(), 1U);
+    EXPECT_EQ(boxes.shown[0].text, L" No matches for \"x\" found...");
+    browser.fndCache_Click();
+    EXPECT_EQ(boxes.shown.size(), 2U);
+}
+
+TEST_F(CacheBrowserTest, AnEmptyTextAtFirstIsNoNewSearch) {
+    Fill({L"a"});
+    browser.fndCache_Click();
+    ASSERT_EQ(boxes.shown.size(), 1U);
+    EXPECT_EQ(boxes.shown[0].text, L" No matches for \"\" found...");
+}
+
+TEST_F(CacheBrowserTest, AnEmptiedTextBringsTheCaptionBack) {
+    find.text = L"<- F. Again ";
+    fndTXT.text = L"x";
+    browser.fndTXT_Change();
+    EXPECT_EQ(find.text, L"<- F. Again ");
+    fndTXT.text = L"";
+    browser.fndTXT_Change();
+    EXPECT_EQ(find.text, L"<- Find");
+    EXPECT_EQ(findTip.text, L" Find Internet Cache...");
+}
+
+}  // namespace
+}  // namespace kestrelguard

@@ -1,0 +1,71 @@
+#include "cachewindow/CacheLayout.h"
+
+#include <gtest/gtest.h>
+
+namespace kestrelguard {
+namespace {
+
+TEST(CacheLayout, OpensAtItsSmallestSize) {
+    const CacheLayout layout = InitialCacheLayout();
+    EXPECT_EQ(layout.width, 10425);
+    EXPECT_EQ(layout.height, 4890);
+    EXPECT_EQ(layout.kg_CLST.width, 6060);
+}
+
+TEST(CacheLayout, AtOrBelowEitherMinimumSnapsBackBoth) {
+    const CacheLayout first = InitialCacheLayout();
+    for (const auto& [width, height] :
+         {std::pair{10425, 9000}, {20000, 4890}, {10425, 4890}, {100, 9000}, {20000, 100}, {0, 0}}) {
+        const CacheLayout layout = ResizedCacheLayout(first, width, height);
+        EXPECT_EQ(layout.width, 10425) << width << " x " << height;
+        EXPECT_EQ(layout.height, 4890) << width << " x " << height;
+        EXPECT_EQ(layout.kg_CLST.width, 6060);
+    }
+}
+
+TEST(CacheLayout, OneTwipAboveBothMinimaFollowsTheRule) {
+    const CacheLayout layout = ResizedCacheLayout(InitialCacheLayout(), 10426, 4891);
+    EXPECT_EQ(layout.width, 10426);
+    EXPECT_EQ(layout.height, 4891);
+    EXPECT_EQ(layout.kg_CLST.width, 5826);
+}
+
+TEST(CacheLayout, EveryRuleOfALargeWindow) {
+    const CacheLayout first = InitialCacheLayout();
+    const CacheLayout layout = ResizedCacheLayout(first, 15000, 9000);
+    EXPECT_EQ(layout.kg_CLST.width, 10400);
+    EXPECT_EQ(layout.kg_CLST.height, 9000 - 1200 - first.CacheDetail.height);
+    EXPECT_EQ(layout.savecLST.height, 8260);
+    for (const TwipsRect* button : {&layout.SaveC, &layout.RemoveC, &layout.ShowCook, &layout.RefreshIE,
+                                    &layout.ClearIENow, &layout.AllCache}) {
+        EXPECT_EQ(button->left, 10535);
+    }
+    EXPECT_EQ(layout.fndTXT.left, first.fndLBL.left + first.fndLBL.width - 125);
+    EXPECT_EQ(layout.fndTXT.width, 10400 - (first.fndLBL.left + first.fndLBL.width) + 205);
+    EXPECT_EQ(layout.fndTXT.Right(), 10400 + 80);
+    EXPECT_EQ(layout.fndCache.left, 10535);
+    EXPECT_EQ(layout.fndCache.top, 8220);
+    EXPECT_EQ(layout.fndTXT.top, 8220);
+    EXPECT_EQ(layout.fndLBL.top, 8250);
+    EXPECT_EQ(layout.savecLST.left, 10400 + first.ClearIENow.width + 155);
+    EXPECT_EQ(layout.savecLST.width, 15000 - layout.savecLST.left - 150);
+    EXPECT_EQ(layout.IECookiesS.left, layout.savecLST.left);
+    EXPECT_EQ(layout.CacheDetail.top, layout.kg_CLST.top + layout.kg_CLST.height + 55);
+}
+
+TEST(CacheLayout, NothingOverlapsAtTheSmallestSize) {
+    const CacheLayout layout = InitialCacheLayout();
+    EXPECT_LE(layout.CacheDetail.top + layout.CacheDetail.height, layout.fndTXT.top);
+    EXPECT_LE(layout.RemoveC.top + layout.RemoveC.height, layout.CacheDetail.top);
+    EXPECT_LE(layout.AllCache.Right(), layout.savecLST.left);
+    EXPECT_LE(layout.CacheDetail.Right(), layout.savecLST.left);
+    EXPECT_LE(layout.IECacheLBL.top + layout.IECacheLBL.height, layout.kg_CLST.top);
+}
+
+TEST(CacheLayout, ComesBackFromALargeSizeUnchanged) {
+    const CacheLayout first = InitialCacheLayout();
+    EXPECT_EQ(ResizedCacheLayout(ResizedCacheLayout(first, 30000, 20000), 10425, 4890), first);
+}
+
+}  // namespace
+}  // namespace kestrelguard
