@@ -1,0 +1,89 @@
+#pragma once
+
+#include "app/TrayIcon.h"
+#include "app/win32/FormEvents.h"
+#include "app/win32/FormWindow.h"
+#include "app/win32/PlatformTray.h"
+#include "blocking/SiteBlocking.h"
+#include "blocking/TitleBlocking.h"
+#include "browsertree/BrowserTree.h"
+#include "browsertree/win32/PlatformBrowserWindows.h"
+#include "controls/win32/TreeViewControl.h"
+#include "controls/win32/Win32Controls.h"
+#include "monitoring/win32/IEEvents.h"
+#include "popup/PopupPolicy.h"
+#include "popup/win32/AsyncKeyboard.h"
+#include "runtime/KeyedCollection.h"
+#include "runtime/LastingValues.h"
+#include "runtime/win32/Win32Locale.h"
+#include "runtime/win32/Win32ProgramFolder.h"
+#include "settings/SettingsStore.h"
+
+namespace kestrelguard {
+
+/// The controls of the form, each tied to its window.
+struct FormControls {
+    explicit FormControls(FormWindow& form);
+
+    std::vector<HWND> optionGroup;
+    std::array<OptionButtonControl, 3> PTO;
+    CheckBoxControl cOpenM;
+    std::array<CheckBoxControl, 6> KG_C;
+    CaptionControl popsToday;
+    CaptionControl popStopsT;
+    TextBoxControl SiteTXT;
+    ListBoxControl siteLST;
+    TextBoxControl TitleBan;
+    TextBoxControl wash_F;
+    DropDownControl wash_CMB;
+    EnabledControl ApplyCmd;
+    ImageList KG_IMGL;
+    TreeViewControl tvBrowsers;
+    MenuCheckMark mnuPOP;
+    MenuCaption mnuPOPCaption;
+    /// One tick a minute.
+    TimerControl Washer{1, 60000};
+};
+
+/// The subsystems and how they are tied together. What a row names stands above it.
+struct Rooms {
+    Rooms(FormWindow& form, TrayWindow& window, TrayPopup& trayMenu, BrowserMenu& browserMenu);
+
+    FormControls controls;
+
+    // What is shared.
+    LastingValues lasting;
+    SiteList siteList;
+    TextSet siteSet;
+    TextSet titleKeywordSet;
+    Win32Locale locale;
+    Win32ProgramFolder folder;
+    PlatformMessageLoop messages;
+    PlatformMessageBoxes boxes;
+
+    // Settings.
+    SettingsStore settings;
+
+    // Browser windows view.
+    TreeEventsControl treeEvents;
+    PlatformBrowserWindows browserWindows;
+    BrowserTree browserTree;
+    TreeNodes nodes;
+
+    // Popup control.
+    AsyncKeyboard keyboard;
+    PlatformTray tray;
+    PopupState popupState;
+    TrayIcon trayIcon;
+    PopupPolicy popupPolicy;
+
+    // Site and keyword blocking.
+    SiteBlocking siteBlocking;
+    TitleBlocking titleBlocking;
+
+    // Monitoring, last: nothing is heard before everything that acts on it is there, and nothing after.
+    FormEvents events;
+    IEEvents IEEvents1;
+};
+
+}  // namespace kestrelguard
