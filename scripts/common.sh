@@ -1,3 +1,4 @@
+# shellcheck shell=bash disable=SC2034
 # What the scripts share. Sourced, never run: `. "$(dirname "$0")/common.sh"`.
 #
 #   root            the folder of the project
@@ -8,6 +9,7 @@
 #                   when it fails
 #   as_root CMD     runs CMD as root, through sudo where needed
 #   locked FILE CMD runs CMD while nobody else holds FILE
+#   build PRESET    configures and builds the CMake preset
 
 set -euo pipefail
 
@@ -64,4 +66,11 @@ locked() {
         fi
         "$@" 9>&-
     ) 9>"$file"
+}
+
+build() {
+    local preset=$1
+    say "building $preset"
+    quietly "$root/build/$preset.configure.log" cmake --preset "$preset" || die "could not configure $preset"
+    quietly "$root/build/$preset.build.log" cmake --build --preset "$preset" || die "could not build $preset"
 }

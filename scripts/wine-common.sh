@@ -1,3 +1,4 @@
+# shellcheck shell=bash disable=SC2034,SC2154
 # How a Windows program is run, shared by scripts/wine-prefix and scripts/wine-session. Sourced after common.sh.
 #
 #   find_wine            sets wine_kind (host or root) and wine_place (path of the program, folder of the root)
