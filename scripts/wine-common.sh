@@ -3,7 +3,8 @@
 #
 #   find_wine            sets wine_kind (host or root) and wine_place (path of the program, folder of the root)
 #   box FOLDER...        sets the array `boxed`: what stands in front of a command of the private root; FOLDERs
-#                        are visible inside under their own names and can be written; /tmp is empty
+#                        are visible inside under their own names and can be written; /tmp is empty; /etc/hosts
+#                        and /etc/resolv.conf are there to be bound over. With a host Wine the box holds this machine
 #   template             the folder of the template prefix for the Wine that find_wine found
 
 find_wine() {
@@ -14,8 +15,14 @@ find_wine() {
 }
 
 box() {
+    if [ "$wine_kind" = host ]; then
+        boxed=(bwrap --unshare-pid --die-with-parent --dev-bind / / --proc /proc)
+        return
+    fi
     boxed=(bwrap --unshare-pid --die-with-parent --tmpfs /)
     local entry name
+    [ -e "$wine_place/etc/hosts" ] || echo '127.0.0.1 localhost' >"$wine_place/etc/hosts"
+    [ -e "$wine_place/etc/resolv.conf" ] || : >"$wine_place/etc/resolv.conf"
     for entry in "$wine_place"/*; do
         name=/${entry##*/}
         if [ -L "$entry" ]; then

@@ -70,6 +70,13 @@ class Switch {
     virtual void SetEnabled(bool enabled) = 0;
 };
 
+/// Something that can be shown or hidden.
+class Visibility {
+ public:
+    virtual ~Visibility() = default;
+    virtual void SetVisible(bool visible) = 0;
+};
+
 /// The check mark of a menu item.
 class CheckMark {
  public:

@@ -174,6 +174,18 @@ class FakeSwitch : public Switch, public Fallible {
     bool enabled;
 };
 
+class FakeVisibility : public Visibility, public Fallible {
+ public:
+    explicit FakeVisibility(bool first = true) : visible(first) {}
+    void SetVisible(bool show) override {
+        Call();
+        visible = show;
+        changes.push_back(show);
+    }
+    bool visible;
+    std::vector<bool> changes;
+};
+
 class FakeCheckMark : public CheckMark, public Fallible {
  public:
     explicit FakeCheckMark(bool first = false) : checked(first) {}

@@ -32,6 +32,15 @@ status=0
 [ "$status" = 9 ] || wrong "the outside command's exit code 9 came through as $status"
 [ -s "$work/session" ] && [ ! -e "$(cat "$work/session")" ] || wrong "the session's folder was not taken away"
 
+# A network of its own: port 80 is free, nothing outside is there, and the session's names are those given.
+echo '127.0.0.1 www.kestrelguard.example' >"$work/hosts"
+cat >"$work/network" <<'SCRIPT'
+set -eu
+[ "$("$KESTRELGUARD_SESSION/inside" sh -c 'tail -n +3 /proc/net/dev | cut -d: -f1 | tr -d " "')" = lo ]
+"$KESTRELGUARD_SESSION/wine" cmd /c 'type z:\etc\hosts' | grep -q 'www.kestrelguard.example'
+SCRIPT
+"$run" --network --etc "hosts=$work/hosts" --outside bash "$work/network" || wrong "the session's own network is not as wanted"
+
 # The time limit ends a program that does not end.
 status=0
 "$run" --time 2 --outside sleep 60 2>"$work/said" || status=$?

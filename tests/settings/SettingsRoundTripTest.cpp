@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <random>
 
 #include "runtime/Text.h"
+#include "settings/ReadByDefinition.h"
 #include "settings/SettingsWorld.h"
 
 namespace kestrelguard {
@@ -80,18 +82,42 @@ TEST(SettingsRoundTrip, LoneKeywordIsLostOnTheWay) {
     EXPECT_EQ(next.titleBan.text, L"xxx -porn -sex");
 }
 
-/// The pieces of a text by the words of the definition.
-std::vector<std::wstring> Pieces(std::wstring text, const std::wstring& separator) {
-    std::vector<std::wstring> pieces;
-    if (text.empty()) {
-        return pieces;
+TEST(SettingsRoundTrip, RandomFilesAreReadAsDefined) {
+    constexpr const wchar_t* kKeys[] = {L"MIN", L"pt1", L"SS1", L"Ss2", L"PP1", L"pp2",
+                                        L"PP3", L"PP4", L"USE", L"PST", L"",    L"'x"};
+    constexpr const wchar_t* kPieces[] = {L" -", L" -",  L"y",   L"Y", L"n", L"0", L"1",  L"2",
+                                          L".5", L"1e9", L"m",   L"H", L"d", L"a", L"A",  L"",
+                                          L"/:", L" ",   L"149", L"9", L"-", L"b", L"1e", L"2147483647"};
+    constexpr const wchar_t* kLineEnds[] = {L"\r\n", L"\r", L"\n", L"\r\n\r\n"};
+    std::mt19937 random(51);
+    const auto oneOf = [&random](const auto& texts) { return texts[random() % std::size(texts)]; };
+    int failed = 0;
+    for (int round = 0; round < 5000; ++round) {
+        std::wstring file;
+        for (auto lines = random() % 12; lines > 0; --lines) {
+            file += oneOf(kKeys);
+            for (auto fields = random() % 5; fields > 0; --fields) {
+                file += L"/:/:";
+                for (auto pieces = random() % 4; pieces > 0; --pieces) {
+                    file += oneOf(kPieces);
+                }
+            }
+            file += oneOf(kLineEnds);
+        }
+        SettingsWorld world;
+        SettingsState expected(world);
+        const std::int32_t expectedError = ReadByDefinition(file, expected);
+        std::int32_t error = 0;
+        try {
+            world.Read(file);
+        } catch (const RunTimeError& thrown) {
+            error = thrown.Number();
+            ++failed;
+        }
+        ASSERT_EQ(error, expectedError) << "round " << round;
+        ASSERT_EQ(SettingsState(world), expected) << "round " << round;
     }
-    for (auto at = text.find(separator); at != std::wstring::npos; at = text.find(separator)) {
-        pieces.push_back(text.substr(0, at));
-        text = text.substr(at + separator.size());
-    }
-    pieces.push_back(text);
-    return pieces;
+    EXPECT_GT(failed, 0);  // else the files are too tame
 }
 
 TEST(SettingsRoundTrip, RandomStatesSurvive) {
@@ -132,7 +158,7 @@ TEST(SettingsRoundTrip, RandomStatesSurvive) {
             ASSERT_EQ(next.kgC[box].Ticked(), world.kgC[box].Ticked());
         }
         const auto cut = list.find(L"/:/:");
-        auto rows = Pieces(list.substr(0, cut), L" -");
+        auto rows = PiecesByDefinition(list.substr(0, cut), L" -");
         if (rows.size() < 2) {
             rows.clear();
         }
