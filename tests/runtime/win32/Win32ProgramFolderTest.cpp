@@ -195,6 +195,22 @@ TEST_P(ProgramFolderTest, FolderThatTakesNoNewFileLeavesTheOldOne) {
     EXPECT_EQ(Names(), (Strings{"Some.CFG", "Some.CFG.tmp"}));
 }
 
+TEST_P(ProgramFolderTest, ReadOnlyFolderTakesNoFile) {
+    // A folder of the machine below Wine that its private root does not let anybody write to.
+    const std::string folder = "Z:\\usr";
+    const std::string probe = folder + "\\kestrelguard-probe";
+    if (const File file(CreateFileA(probe.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                    FILE_FLAG_DELETE_ON_CLOSE, nullptr));
+        file || !IsThere(folder)) {
+        GTEST_SKIP() << "no read-only folder here";
+    }
+    Win32ProgramFolder readOnly(FromAnsi(folder));
+    EXPECT_FALSE(readOnly.Exists(kName));
+    const std::int32_t error = ErrorNumberOf([&] { readOnly.Write(kName, L"x"); });
+    EXPECT_TRUE(error == RunTimeError::kPathFileAccess || error == RunTimeError::kPermissionDenied) << error;
+    EXPECT_FALSE(readOnly.Exists(kName));
+}
+
 TEST_P(ProgramFolderTest, FolderInTheFilesPlaceIsAnError) {
     ASSERT_TRUE(CreateDirectoryA(Target().c_str(), nullptr));
     EXPECT_FALSE(Folder().Exists(kName));
