@@ -36,10 +36,19 @@ INTERNET_CACHE_ENTRY_INFOA* EntryAt(void* buffer) {
     return static_cast<INTERNET_CACHE_ENTRY_INFOA*>(buffer);
 }
 
+/// The library whose entry functions this program is bound to; a look-up by name may find another one of that
+/// name in the process.
+HMODULE WinInetLibrary() {
+    MEMORY_BASIC_INFORMATION place{};
+    const auto function = reinterpret_cast<const void*>(&::FindFirstUrlCacheEntryA);
+    return VirtualQuery(function, &place, sizeof place) == 0 ? nullptr
+                                                             : static_cast<HMODULE>(place.AllocationBase);
+}
+
 /// A function of WinINet that may not be there. Throws kEntryPointNotFound.
 template <class Function>
 Function* EntryPoint(const char* name) {
-    const HMODULE library = GetModuleHandleA("wininet.dll");
+    const HMODULE library = WinInetLibrary();
     const FARPROC address = library == nullptr ? nullptr : GetProcAddress(library, name);
     if (address == nullptr) {
         throw RunTimeError(RunTimeError::kEntryPointNotFound);
