@@ -203,7 +203,7 @@ void cBrowserEvents::LoadBrowsers() {
     failure.Rethrow();
 }
 
-void cBrowserEvents::Rebuild(ReadHandles& handles) {
+void cBrowserEvents::Rebuild(ReadHandles& handles, bool newcomersWanted) {
     const Windows listedBefore = ListedBrowsers();
     ReleaseShell();
     ReleaseSinks();
@@ -219,7 +219,7 @@ void cBrowserEvents::Rebuild(ReadHandles& handles) {
         m_oBrowsers->Clear();
     }
     WatchWindows(shell, handles);
-    NoteNewcomers(listedBefore);
+    NoteNewcomers(listedBefore, newcomersWanted);
 }
 
 void cBrowserEvents::ConnectShell() {
@@ -401,7 +401,7 @@ void cBrowserEvents::WorkOffOnce() {
         if (m_closed || (created.empty() && !newcomersWait && revoked == 0 && !loadAgain)) {
             return;
         }
-        Rebuild(handles);
+        Rebuild(handles, registered > 1);
         // Windows that an interrupted rebuild listed before their announcement was looked at.
         for (const auto& window : created) {
             const auto identity = IdentityOf(window.Get());
@@ -428,10 +428,10 @@ cBrowserEvents::Windows cBrowserEvents::ListedBrowsers() const {
     return m_oBrowsers ? *m_oBrowsers->m_entries : Windows();
 }
 
-void cBrowserEvents::NoteNewcomers(const Windows& listedBefore) {
+void cBrowserEvents::NoteNewcomers(const Windows& listedBefore, bool wanted) {
     const bool known = m_listFilled || !listedBefore.empty();
     m_listFilled = m_oBrowsers.Get() != nullptr;
-    if (m_registered == 0 && m_newcomers.empty()) {
+    if (!wanted && m_registered == 0 && m_newcomers.empty()) {
         return;
     }
     const auto before = IdentitiesOf(listedBefore);

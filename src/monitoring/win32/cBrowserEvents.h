@@ -103,8 +103,8 @@ class cBrowserEvents final : public DispatchObject<cBrowserEvents, IBrowser, ISu
     ComPtr<IWebBrowser2> GetNewBrowser(ReadHandles& handles);
     static bool KeyExists(const Sinks& collection, const std::wstring& key);
 
-    /// One full rebuild.
-    void Rebuild(ReadHandles& handles);
+    /// One full rebuild; with `newcomersWanted` it notes the windows that the list did not hold before.
+    void Rebuild(ReadHandles& handles, bool newcomersWanted = false);
     void ConnectShell();
     void WatchWindows(const ComPtr<IShellWindows>& shell, ReadHandles& handles);
     void ReleaseShell() noexcept;
@@ -114,7 +114,7 @@ class cBrowserEvents final : public DispatchObject<cBrowserEvents, IBrowser, ISu
     void WorkOff();
     void WorkOffOnce();
     Windows ListedBrowsers() const;
-    void NoteNewcomers(const Windows& listedBefore);
+    void NoteNewcomers(const Windows& listedBefore, bool wanted);
 
     template <class Event>
     void Raise(Event&& event);
