@@ -7,10 +7,9 @@
 #include <utility>
 #include <vector>
 
-#include "controls/Fakes.h"
 #include "runtime/Maker.h"
 #include "runtime/Text.h"
-#include "update/FakeWinsock.h"
+#include "update/UpdateWorld.h"
 
 namespace kestrelguard {
 namespace {
@@ -18,69 +17,13 @@ namespace {
 using Calls = std::vector<std::string>;
 
 constexpr std::int64_t kSomeDay = 3'900'000'000;
-constexpr wchar_t kPage[] = L"http://www.site.example/";
-
-struct FakeClock : UpdateClock {
-    std::int64_t now = kSomeDay;
-    std::int64_t Now() const override { return now; }
-};
-
-struct FakeProgram : UpdateProgram {
-    std::int32_t useCount = 7;
-    std::vector<std::wstring> started;
-    std::int32_t UseCount() const override { return useCount; }
-    std::wstring MainWindowText() const override { return L"Kestrelguard"; }
-    void StartUpdater(const std::wstring& arguments) override { started.push_back(arguments); }
-};
 
 struct FakeVersion : WindowsVersionSource {
     std::optional<WindowsVersion> version;
     std::optional<WindowsVersion> Version() const override { return version; }
 };
 
-UpdateData Fresh() {
-    UpdateData data;
-    data.versionText = L"2.0.113";
-    data.windowsCode = L"XPPRO";
-    return data;
-}
-
-class UpdateCheckTest : public testing::Test {
- protected:
-    FakeWinsock zev;
-    FakeWinsock zevPli;
-    FakeClock clock;
-    FakeLocale locale;
-    FakeMessageLoop messages;
-    FakeMessageBoxes boxes;
-    FakeProgram program;
-    UpdateCheck check{zev, zevPli, clock, locale, messages, boxes, program, Fresh()};
-
-    bool Busy() const { return check.Data().checkBusy; }
-
-    void Arrive(const std::wstring& chunk) {
-        zev.data = chunk;
-        check.ZevEvents().OnDataArrival(static_cast<std::int32_t>(chunk.size()));
-    }
-    void Reply(const std::wstring& chunk) {
-        zevPli.data = chunk;
-        check.ZevPliEvents().OnDataArrival(static_cast<std::int32_t>(chunk.size()));
-    }
-    /// The first leg with a good answer, up to the second one's Connect.
-    void LookUp(const std::wstring& server = L"update.kestrelguard.example") {
-        check.DocumentComplete(kPage);
-        check.ZevEvents().OnConnect();
-        Arrive(Page(server));
-    }
-    void LookUpAndConnect() {
-        LookUp();
-        check.ZevPliEvents().OnConnect();
-    }
-    static std::wstring Page(const std::wstring& body) {
-        return L"HTTP/1.1 200 OK\r\nContent-Length: " + std::to_wstring(body.size()) +
-               L"\r\nContent-Type: text/html\r\n\r\n" + body;
-    }
-};
+class UpdateCheckTest : public testing::Test, protected UpdateWorld {};
 
 // --- the trigger
 
