@@ -97,24 +97,6 @@ void Process::Kill(DWORD exitCode) {
     WaitGone();
 }
 
-HandleCounts Process::Handles() const {
-    HandleCounts counts;
-    using Count = BOOL(WINAPI*)(HANDLE, DWORD*);
-    const auto count = reinterpret_cast<Count>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("kernel32.dll"), "GetProcessHandleCount")));
-    DWORD handles = 0;
-    if (count != nullptr && count(m_process.Get(), &handles)) {
-        counts.handles = static_cast<int>(handles);
-    }
-    if (const DWORD gdi = GetGuiResources(m_process.Get(), GR_GDIOBJECTS); gdi != 0) {
-        counts.gdi = static_cast<int>(gdi);
-    }
-    if (const DWORD user = GetGuiResources(m_process.Get(), GR_USEROBJECTS); user != 0) {
-        counts.user = static_cast<int>(user);
-    }
-    return counts;
-}
-
 void Process::WriteLine(const std::string& line) const {
     const std::string whole = line + "\n";
     DWORD written = 0;

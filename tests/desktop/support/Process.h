@@ -11,13 +11,6 @@
 
 namespace kestrelguard::testing {
 
-/// Handles that a process holds, as Windows counts them; -1 where it does not tell.
-struct HandleCounts {
-    int handles = -1;  ///< kernel objects
-    int gdi = -1;      ///< GDI objects
-    int user = -1;     ///< USER objects
-};
-
 /// A program that a test started. What is still running when this goes away is ended.
 class Process {
  public:
@@ -44,8 +37,6 @@ class Process {
     DWORD ExitCode() const;
     /// Ends it from one moment to the next.
     void Kill(DWORD exitCode = 9);
-    /// The handles it holds now.
-    HandleCounts Handles() const;
 
     // For processes with pipes. Lines end with LF; a CR before it is dropped.
     void WriteLine(const std::string& line) const;

@@ -1,0 +1,209 @@
+// A library that tests put into the program under test, to see there what no other process can see: the items
+// of an open menu, the number of USER and GDI objects, the records given to the notification area.
+
+#include <windows.h>
+
+#include <shellapi.h>
+#include <winternl.h>
+
+#include <array>
+#include <cstring>
+
+#include "desktop/hook/HookRequest.h"
+
+namespace kestrelguard::hook {
+
+namespace {
+
+constexpr UINT kGetMenu = 0x01E1;  // MN_GETHMENU
+constexpr DWORD kMostTrayRecords = 4096;
+
+std::array<TrayRecord, kMostTrayRecords> g_records;
+volatile LONG g_recordCount = 0;
+BOOL(WINAPI* g_notifyIcon)(DWORD, NOTIFYICONDATAA*) = nullptr;
+
+BOOL WINAPI RecordNotifyIcon(DWORD message, NOTIFYICONDATAA* data) noexcept {
+    const LONG number = InterlockedIncrement(&g_recordCount) - 1;
+    if (number < static_cast<LONG>(kMostTrayRecords)) {
+        TrayRecord& record = g_records[static_cast<std::size_t>(number)];
+        record.message = message;
+        record.size = data->cbSize;
+        const std::size_t size = data->cbSize < sizeof(record.bytes) ? data->cbSize : sizeof(record.bytes);
+        std::memcpy(record.bytes, data, size);
+    }
+    return g_notifyIcon(message, data);
+}
+
+/// Leads the program's own import of a function elsewhere; what it led to before. Null when the program does
+/// not import it.
+void* Redirect(const char* library, const char* function, void* replacement) {
+    auto* base = reinterpret_cast<BYTE*>(GetModuleHandleW(nullptr));
+    const auto* dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
+    const auto* headers = reinterpret_cast<const IMAGE_NT_HEADERS32*>(base + dos->e_lfanew);
+    const IMAGE_DATA_DIRECTORY& directory =
+        headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
+    if (directory.VirtualAddress == 0) {
+        return nullptr;
+    }
+    const auto* import = reinterpret_cast<const IMAGE_IMPORT_DESCRIPTOR*>(base + directory.VirtualAddress);
+    for (; import->Name != 0; ++import) {
+        if (lstrcmpiA(reinterpret_cast<const char*>(base + import->Name), library) != 0) {
+            continue;
+        }
+        const auto* name = reinterpret_cast<const IMAGE_THUNK_DATA32*>(base + import->OriginalFirstThunk);
+        auto* slot = reinterpret_cast<IMAGE_THUNK_DATA32*>(base + import->FirstThunk);
+        for (; name->u1.AddressOfData != 0; ++name, ++slot) {
+            if (IMAGE_SNAP_BY_ORDINAL32(name->u1.Ordinal)) {
+                continue;
+            }
+            const auto* byName = reinterpret_cast<const IMAGE_IMPORT_BY_NAME*>(base + name->u1.AddressOfData);
+            if (lstrcmpA(reinterpret_cast<const char*>(byName->Name), function) == 0) {
+                void* before = reinterpret_cast<void*>(slot->u1.Function);
+                DWORD protection = 0;
+                VirtualProtect(slot, sizeof(*slot), PAGE_READWRITE, &protection);
+                slot->u1.Function = reinterpret_cast<DWORD>(replacement);
+                VirtualProtect(slot, sizeof(*slot), protection, &protection);
+                return before;
+            }
+        }
+    }
+    return nullptr;
+}
+
+BOOL CALLBACK FindMenuWindow(HWND window, LPARAM request) noexcept {
+    DWORD process = 0;
+    GetWindowThreadProcessId(window, &process);
+    wchar_t name[16];
+    GetClassNameW(window, name, 16);
+    if (process == GetCurrentProcessId() && IsWindowVisible(window) && lstrcmpW(name, L"#32768") == 0) {
+        reinterpret_cast<Request*>(request)->menuWindow = window;
+        return FALSE;
+    }
+    return TRUE;
+}
+
+void ReadMenu(Request& request) {
+    request.menuWindow = nullptr;
+    request.itemCount = 0;
+    EnumWindows(FindMenuWindow, reinterpret_cast<LPARAM>(&request));
+    DWORD_PTR answer = 0;
+    if (request.menuWindow == nullptr ||
+        !SendMessageTimeoutW(request.menuWindow, kGetMenu, 0, 0, SMTO_NORMAL, 5000, &answer)) {
+        return;
+    }
+    const HMENU menu = reinterpret_cast<HMENU>(answer);
+    const int count = GetMenuItemCount(menu);
+    for (int i = 0; i < count && i < static_cast<int>(Request::kMostItems); ++i) {
+        MenuItem& item = request.items[i];
+        MENUITEMINFOW info{};
+        info.cbSize = sizeof(info);
+        info.fMask = MIIM_ID | MIIM_STATE | MIIM_FTYPE | MIIM_STRING;
+        info.dwTypeData = item.text;
+        info.cch = 128;
+        GetMenuItemInfoW(menu, static_cast<UINT>(i), TRUE, &info);
+        item.id = info.wID;
+        item.state = info.fState;
+        item.type = info.fType;
+        ++request.itemCount;
+    }
+}
+
+/// One entry of the table of GDI objects that the system shares with its programs.
+struct GdiEntry {
+    void* object;
+    DWORD owner;  // process and reference count
+    WORD unique;
+    BYTE type;
+    BYTE flags;
+    void* user;
+};
+
+BOOL CALLBACK CountInside(HWND, LPARAM count) noexcept {
+    ++*reinterpret_cast<DWORD*>(count);
+    return TRUE;
+}
+
+BOOL CALLBACK CountWindow(HWND window, LPARAM count) noexcept {
+    DWORD process = 0;
+    GetWindowThreadProcessId(window, &process);
+    if (process == GetCurrentProcessId()) {
+        ++*reinterpret_cast<DWORD*>(count);
+        EnumChildWindows(window, CountInside, count);
+    }
+    return TRUE;
+}
+
+void CountObjects(Request& request) {
+    request.windows = request.menus = request.icons = request.gdiObjects = 0;
+    EnumWindows(CountWindow, reinterpret_cast<LPARAM>(&request.windows));
+    // A handle's lower half is its place in the process's table; the system takes it without the upper half.
+    for (DWORD place = 0x20; place < 0x6000; place += 2) {
+        if (IsMenu(reinterpret_cast<HMENU>(static_cast<UINT_PTR>(place)))) {
+            ++request.menus;
+        }
+        ICONINFO info{};
+        if (GetIconInfo(reinterpret_cast<HICON>(static_cast<UINT_PTR>(place)), &info)) {
+            ++request.icons;
+            DeleteObject(info.hbmColor);
+            DeleteObject(info.hbmMask);
+        }
+    }
+    // The system does not tell how many handles there are, only whether one is valid.
+    request.handles = 0;
+    for (UINT_PTR handle = 4; handle < 0x4000; handle += 4) {
+        DWORD flags = 0;
+        request.handles += GetHandleInformation(reinterpret_cast<HANDLE>(handle), &flags) ? 1 : 0;
+    }
+#ifdef __i386__
+    // The table's address lies at 0x94 in the process's environment block.
+    BYTE* block = nullptr;
+    __asm__("movl %%fs:0x30, %0" : "=r"(block));
+    const auto* table = *reinterpret_cast<const GdiEntry* const*>(block + 0x94);
+    for (DWORD i = 0; table != nullptr && i < 0x4000; ++i) {
+        if (table[i].type != 0) {
+            ++request.gdiObjects;
+        }
+    }
+#endif
+}
+
+}  // namespace
+
+}  // namespace kestrelguard::hook
+
+extern "C" __declspec(dllexport) DWORD WINAPI KestrelguardTestHook(void* parameter) noexcept {
+    using namespace kestrelguard::hook;
+    auto& request = *static_cast<Request*>(parameter);
+    switch (request.operation) {
+        case Operation::ReadMenu:
+            ReadMenu(request);
+            break;
+        case Operation::CountObjects:
+            CountObjects(request);
+            break;
+        case Operation::RecordTray:
+            if (g_notifyIcon == nullptr) {
+                void* before =
+                    Redirect("SHELL32.dll", "Shell_NotifyIconA", reinterpret_cast<void*>(&RecordNotifyIcon));
+                std::memcpy(&g_notifyIcon, &before, sizeof(before));
+            }
+            if (g_notifyIcon == nullptr) {
+                return 1;
+            }
+            break;
+        case Operation::TrayRecords: {
+            request.recordCount = static_cast<DWORD>(g_recordCount);
+            for (DWORD i = 0; i < Request::kMostRecords; ++i) {
+                const DWORD number = request.firstRecord + i;
+                if (number < request.recordCount && number < kMostTrayRecords) {
+                    request.records[i] = g_records[number];
+                }
+            }
+            break;
+        }
+        default:
+            return 1;
+    }
+    request.done = 1;
+    return 0;
+}

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <windows.h>
+
+namespace kestrelguard::hook {
+
+/// What the test asks of the library inside the program under test.
+enum class Operation : DWORD {
+    ReadMenu = 1,      ///< the pop-up menu that is open
+    CountObjects = 2,  ///< windows, menus, icons, GDI objects, kernel handles
+    RecordTray = 3,    ///< write down every Shell_NotifyIconA call from now on
+    TrayRecords = 4,   ///< what was written down
+};
+
+struct MenuItem {
+    DWORD id;
+    DWORD state;  ///< MFS_...
+    DWORD type;   ///< MFT_...
+    wchar_t text[128];
+};
+
+struct TrayRecord {
+    DWORD message;  ///< NIM_...
+    DWORD size;     ///< the size that the record states
+    BYTE bytes[504];
+};
+
+/// One request and its answer: travels into the program and back as it lies in memory.
+struct Request {
+    static constexpr DWORD kMostItems = 32;
+    static constexpr DWORD kMostRecords = 64;
+
+    Operation operation;
+    DWORD done;  ///< 1 when the library has dealt with it
+    HWND menuWindow;
+    DWORD itemCount;
+    MenuItem items[kMostItems];
+    DWORD windows;
+    DWORD menus;
+    DWORD icons;
+    DWORD gdiObjects;
+    DWORD handles;
+    DWORD firstRecord;  ///< in: the first record to fetch
+    DWORD recordCount;  ///< all records so far
+    TrayRecord records[kMostRecords];
+};
+
+/// The exported function; runs on a thread of its own inside the program.
+inline constexpr char kEntry[] = "KestrelguardTestHook";
+
+}  // namespace kestrelguard::hook

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "desktop/hook/HookRequest.h"
+#include "support/Process.h"
+
+namespace kestrelguard::testing {
+
+/// One entry of an open pop-up menu.
+struct MenuEntry {
+    std::wstring text;
+    UINT id = 0;
+    bool separator = false;
+    bool checked = false;
+    bool enabled = true;
+    bool isDefault = false;  ///< drawn bold
+};
+
+/// A pop-up menu that is open.
+struct OpenMenu {
+    HWND window = nullptr;
+    std::vector<MenuEntry> entries;
+
+    explicit operator bool() const { return window != nullptr; }
+    /// The captions in order; a separator is "-", a check mark shows as "* " in front.
+    std::vector<std::wstring> Captions() const;
+};
+
+/// Objects that a program holds, counted from within.
+struct ObjectCounts {
+    int windows = 0;
+    int menus = 0;
+    int icons = 0;
+    int gdiObjects = 0;
+    int handles = 0;  ///< kernel objects; includes the two or three that counting itself needs
+};
+
+/// One call of Shell_NotifyIconA.
+struct TrayCall {
+    DWORD message = 0;  ///< NIM_ADD, NIM_MODIFY, NIM_DELETE
+    DWORD size = 0;     ///< cbSize
+    HWND window = nullptr;
+    UINT id = 0;
+    UINT flags = 0;
+    UINT callback = 0;
+    HICON icon = nullptr;
+    std::string tip;        ///< up to the first NUL
+    std::string tipBuffer;  ///< all 64 bytes
+};
+
+/// A look inside the program under test: kg_hook.dll, loaded there by a thread of its own. The program's file
+/// is not touched. Everything throws std::runtime_error when the program does not answer.
+class Hook {
+ public:
+    /// `process` outlives this and may still be suspended: then nothing has run there yet.
+    explicit Hook(const Process& process);
+
+    /// The menu that is open; empty when none is.
+    OpenMenu ReadMenu() const;
+    /// Waits for one to open; empty after the limit (milliseconds).
+    OpenMenu WaitMenu(DWORD limit = kLimit) const;
+    /// Chooses the entry of that caption in the open menu with the keyboard. False when it has none, or the
+    /// menu does not close.
+    bool Choose(const std::wstring& caption, DWORD limit = kLimit) const;
+    /// Leaves the open menu with Esc.
+    bool CloseMenu(DWORD limit = kLimit) const;
+
+    ObjectCounts Count() const;
+
+    /// Writes down all calls of Shell_NotifyIconA from now on. False when the program does not import it.
+    bool RecordTray() const;
+    std::vector<TrayCall> TrayCalls() const;
+
+ private:
+    bool Call(hook::Request& request) const;
+
+    const Process& m_process;
+    char* m_entry = nullptr;
+};
+
+}  // namespace kestrelguard::testing
