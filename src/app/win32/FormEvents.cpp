@@ -29,6 +29,10 @@ void FormEvents::BrowserNavigating(IWebBrowser2*& Browser, IDispatch* /*pDisp*/,
     });
 }
 
+void FormEvents::DocumentComplete(IWebBrowser2*& /*Browser*/, IDispatch*& /*pDisp*/, VARIANT& URL) {
+    m_parts.updateCheck.DocumentComplete(TextOf(URL));
+}
+
 void FormEvents::NewWindow(IWebBrowser2*& Browser, IDispatch*& /*ppDisp*/, VARIANT_BOOL& Cancel) {
     ComBrowser browser(Browser);
     WithCancel(Cancel, [&](bool& cancel) { m_parts.popupPolicy.HandleNewWindow(browser, cancel); });

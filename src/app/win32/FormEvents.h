@@ -6,6 +6,7 @@
 #include "browsertree/BrowserTree.h"
 #include "monitoring/win32/IEEvents.h"
 #include "popup/PopupPolicy.h"
+#include "update/UpdateCheck.h"
 
 namespace kestrelguard {
 
@@ -19,6 +20,7 @@ class FormEvents final : public BrowserEvents {
         TitleBlocking& titleBlocking;
         PopupPolicy& popupPolicy;
         BrowserTree& browserTree;
+        UpdateCheck& updateCheck;
     };
 
     explicit FormEvents(const Parts& parts) : m_parts(parts) {}
@@ -26,13 +28,13 @@ class FormEvents final : public BrowserEvents {
     void BrowserNavigating(IWebBrowser2*& Browser, IDispatch* pDisp, VARIANT& URL, VARIANT& Flags,
                            VARIANT& TargetFrameName, VARIANT& PostData, VARIANT& Headers,
                            VARIANT_BOOL& Cancel) override;
+    void DocumentComplete(IWebBrowser2*& Browser, IDispatch*& pDisp, VARIANT& URL) override;
     void NewWindow(IWebBrowser2*& Browser, IDispatch*& ppDisp, VARIANT_BOOL& Cancel) override;
     void TitleChange(IWebBrowser2*& Browser, const std::wstring& Text) override;
     void BrowserCreated(IWebBrowser2* Browser) override;
     void BrowserDestroyed() override;
 
     // Nobody acts on these.
-    void DocumentComplete(IWebBrowser2*&, IDispatch*&, VARIANT&) override {}
     void DownLoadBegin(IWebBrowser2*&) override {}
     void DownLoadComplete(IWebBrowser2*&) override {}
     void FileDownload(IWebBrowser2*&, VARIANT_BOOL&) override {}

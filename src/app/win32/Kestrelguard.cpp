@@ -84,6 +84,7 @@ void Kestrelguard::Form_Load() {
     m_rooms->tray.Fill(m_form.Handle(), m_form.FormIcon());
     m_rooms->trayIcon.FillTip();
     m_rooms->messages.DoEvents();
+    m_rooms->updateCheck.WinVersion(PlatformVersion());
     m_rooms->browserTree.RefreshBrowserTree();
     SetWasher();
     m_rooms->controls.ApplyCmd.SetEnabled(false);

@@ -1,5 +1,7 @@
 #include "app/win32/Rooms.h"
 
+#include "app/win32/Kestrelguard.h"
+
 namespace kestrelguard {
 
 FormControls::FormControls(FormWindow& form)
@@ -52,9 +54,16 @@ Rooms::Rooms(FormWindow& form, TrayWindow& window, TrayPopup& trayMenu, BrowserM
       siteBlocking({controls.KG_C[0], controls.SiteTXT, siteList, controls.siteLST, siteSet, nodes}),
       titleBlocking(
           {controls.KG_C[1], controls.TitleBan, titleKeywordSet, controls.ApplyCmd, nodes, boxes, locale}),
-      events({siteBlocking, titleBlocking, popupPolicy, browserTree}),
+      updateHost(form.Handle(), lasting),
+      zev([&form](const RunTimeError& error) { ShowRunTimeError(form.Handle(), error); }),
+      ZEV_PLI([&form](const RunTimeError& error) { ShowRunTimeError(form.Handle(), error); }),
+      updateCheck(zev, ZEV_PLI, clock, locale, messages, formBoxes, updateHost, UpdateHost::Beginning()),
+      events({siteBlocking, titleBlocking, popupPolicy, browserTree, updateCheck}),
       IEEvents1(events) {
     treeEvents.Attach(IEEvents1);
+    formBoxes.Attach(form.Handle());
+    zev.SetEvents(updateCheck.ZevEvents());
+    ZEV_PLI.SetEvents(updateCheck.ZevPliEvents());
 }
 
 }  // namespace kestrelguard

@@ -4,12 +4,14 @@
 #include "app/win32/FormEvents.h"
 #include "app/win32/FormWindow.h"
 #include "app/win32/PlatformTray.h"
+#include "app/win32/UpdateHost.h"
 #include "blocking/SiteBlocking.h"
 #include "blocking/TitleBlocking.h"
 #include "browsertree/BrowserTree.h"
 #include "browsertree/win32/PlatformBrowserWindows.h"
 #include "controls/win32/TreeViewControl.h"
 #include "controls/win32/Win32Controls.h"
+#include "controls/win32/WinsockControl.h"
 #include "monitoring/win32/IEEvents.h"
 #include "popup/PopupPolicy.h"
 #include "popup/win32/AsyncKeyboard.h"
@@ -18,6 +20,8 @@
 #include "runtime/win32/Win32Locale.h"
 #include "runtime/win32/Win32ProgramFolder.h"
 #include "settings/SettingsStore.h"
+#include "update/UpdateCheck.h"
+#include "update/win32/UpdatePlatform.h"
 
 namespace kestrelguard {
 
@@ -80,6 +84,14 @@ struct Rooms {
     // Site and keyword blocking.
     SiteBlocking siteBlocking;
     TitleBlocking titleBlocking;
+
+    // Update check.
+    PlatformMessageBoxes formBoxes;
+    PlatformClock clock;
+    UpdateHost updateHost;
+    WinsockControl zev;
+    WinsockControl ZEV_PLI;
+    UpdateCheck updateCheck;
 
     // Monitoring, last: nothing is heard before everything that acts on it is there, and nothing after.
     FormEvents events;

@@ -1,0 +1,24 @@
+#include "app/win32/UpdateHost.h"
+
+#include "controls/win32/Win32Controls.h"
+#include "runtime/Numbers.h"
+#include "runtime/ProgramVersion.h"
+#include "update/win32/UpdatePlatform.h"
+
+namespace kestrelguard {
+
+UpdateData UpdateHost::Beginning() {
+    UpdateData data;
+    data.versionText = Decimal(kMajorVersion) + L"." + Decimal(kMinorVersion) + L"." + Decimal(kRevision);
+    return data;
+}
+
+std::wstring UpdateHost::MainWindowText() const {
+    return WindowText(m_form);
+}
+
+void UpdateHost::StartUpdater(const std::wstring& arguments) {
+    StartUpdaterProgram(arguments);
+}
+
+}  // namespace kestrelguard
