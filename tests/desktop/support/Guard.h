@@ -1,0 +1,110 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "support/Controls.h"
+#include "support/Files.h"
+#include "support/Hook.h"
+#include "support/Process.h"
+#include "support/Tray.h"
+
+namespace kestrelguard::testing {
+
+/// A folder with the unchanged kestrelguard.exe and its files in it, as after an installation.
+class GuardFolder {
+ public:
+    /// Contents of KestrelS.CFG and KestrelC.CFG, byte for byte; without one there is no such file. `exe` is
+    /// the program to copy: the one beside the running program when empty. Throws std::runtime_error when it
+    /// cannot be copied.
+    explicit GuardFolder(std::optional<std::string> settings = {}, std::optional<std::string> cookies = {},
+                         const std::wstring& exe = {});
+
+    const std::wstring& Path() const { return m_folder.Path(); }
+    std::wstring Exe() const { return File(L"kestrelguard.exe"); }
+    std::wstring File(const wchar_t* name) const { return Path() + L"\\" + name; }
+    /// Puts a copy of a file beside the exe.
+    void Add(const std::wstring& path) const;
+
+    std::string Settings() const { return ReadBytes(File(L"KestrelS.CFG")); }
+    std::string Cookies() const { return ReadBytes(File(L"KestrelC.CFG")); }
+    /// The line of the settings file that begins with the key and a separator, without its line end; empty
+    /// when there is none.
+    std::string SettingsLine(const std::string& key) const;
+
+ private:
+    TemporaryFolder m_folder;
+};
+
+/// The program under test, running. Ended with this.
+class Guard {
+ public:
+    /// Starts it; see WaitReady. With `recordTray` its calls of Shell_NotifyIconA are written down from the
+    /// first one.
+    explicit Guard(const GuardFolder& folder, bool recordTray = false);
+
+    Process& Program() { return m_program; }
+    /// Waits until it has started: its window is on the screen or in the tray, and answers. False after the
+    /// limit (milliseconds), or when it has ended instead.
+    bool WaitReady(DWORD limit = kLimit);
+    /// The main window; null before WaitReady.
+    HWND Window() const { return m_window; }
+    const Hook& Inside();
+
+    // Its controls, by what a person sees.
+    HWND Find(const wchar_t* type, const std::wstring& text) const {
+        return FindInside(m_window, type, text.c_str());
+    }
+    HWND Button(const std::wstring& caption) const { return Find(L"Button", caption); }
+    HWND Tree() const { return FindInside(m_window, L"SysTreeView32"); }
+    HWND Tabs() const { return FindInside(m_window, L"SysTabControl32"); }
+    HWND SiteList() const { return FindInside(m_window, L"ListBox"); }
+    HWND UnitDropDown() const { return FindInside(m_window, L"ComboBox"); }
+    /// The edit fields in the order of creation: new site, title keywords, wash interval.
+    std::vector<HWND> Edits() const;
+    /// The three "Check1" boxes from top to bottom: cache, history, cookies.
+    std::vector<HWND> WashBoxes() const;
+    HWND Apply() const { return Button(L"Apply"); }
+
+    /// The popup mode that is selected: 0 prevent, 1 prompt, 2 allow; -1 when none or several are.
+    int Mode() const;
+    /// Clicks the option button of a mode and waits until it is selected.
+    bool SetMode(int mode) const;
+    static const wchar_t* ModeCaption(int mode);
+    /// The numbers of stopped windows as the labels show them.
+    std::wstring Today() const { return TextOf(LabelRightOf(m_window, L"New Browsers Stopped Today:")); }
+    std::wstring Total() const { return TextOf(LabelRightOf(m_window, L"New Browsers Stopped Total:")); }
+    /// The texts of the browser tree, indented.
+    std::vector<std::wstring> TreeLines() const { return TreeTexts(Tree()); }
+
+    // Its window and its icon.
+    bool Minimised() const { return IsIconic(m_window) != FALSE; }
+    /// Minimises it as its title bar's button does, and waits for the icon.
+    bool Minimise();
+    /// Brings it back by a click on its icon, and waits.
+    bool Restore();
+    /// The icon in the notification area; none after the limit (milliseconds).
+    std::optional<TrayIcon> Icon(DWORD limit = kLimit) const;
+    /// The tip as the notification area has it, after the pointer was moved over the icon.
+    std::wstring Tip();
+    /// Opens the tray menu by a right click on the icon. Close it with Inside().CloseMenu() or choose an
+    /// entry.
+    OpenMenu OpenTrayMenu();
+    /// Opens the tray menu and chooses an entry by its caption.
+    bool ChooseFromTrayMenu(const std::wstring& caption);
+
+    // Its end.
+    /// Chooses "Exit" in the tray menu and waits for its end.
+    bool ExitByMenu(DWORD limit = kLimit);
+    /// Closes its window and waits for its end.
+    bool Close(DWORD limit = kLimit);
+
+ private:
+    Process m_program;
+    HWND m_window = nullptr;
+    std::unique_ptr<Hook> m_hook;
+};
+
+}  // namespace kestrelguard::testing
