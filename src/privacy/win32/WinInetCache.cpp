@@ -4,8 +4,8 @@
 
 #include <cstddef>
 
-#include "runtime/RunTimeError.h"
 #include "runtime/win32/AnsiText.h"
+#include "runtime/win32/WinInet.h"
 
 namespace kestrelguard {
 
@@ -36,26 +36,6 @@ INTERNET_CACHE_ENTRY_INFOA* EntryAt(void* buffer) {
     return static_cast<INTERNET_CACHE_ENTRY_INFOA*>(buffer);
 }
 
-/// The library whose entry functions this program is bound to; a look-up by name may find another one of that
-/// name in the process.
-HMODULE WinInetLibrary() {
-    MEMORY_BASIC_INFORMATION place{};
-    const auto function = reinterpret_cast<const void*>(&::FindFirstUrlCacheEntryA);
-    return VirtualQuery(function, &place, sizeof place) == 0 ? nullptr
-                                                             : static_cast<HMODULE>(place.AllocationBase);
-}
-
-/// A function of WinINet that may not be there. Throws kEntryPointNotFound.
-template <class Function>
-Function* EntryPoint(const char* name) {
-    const HMODULE library = WinInetLibrary();
-    const FARPROC address = library == nullptr ? nullptr : GetProcAddress(library, name);
-    if (address == nullptr) {
-        throw RunTimeError(RunTimeError::kEntryPointNotFound);
-    }
-    return reinterpret_cast<Function*>(reinterpret_cast<void*>(address));
-}
-
 }  // namespace
 
 void* WinInetCache::FindFirstUrlCacheEntryA(const char* pattern, void* entry, std::uint32_t& size) {
@@ -81,14 +61,14 @@ bool WinInetCache::FindCloseUrlCache(void* find) noexcept {
 }
 
 bool WinInetCache::DeleteUrlCacheEntryA(const char* address) {
-    const bool deleted = ::DeleteUrlCacheEntryA(address) != FALSE;
+    const bool deleted = wininet::DeleteUrlCacheEntryA(address);
     m_lastError = GetLastError();
     return deleted;
 }
 
 void* WinInetCache::FindFirstUrlCacheGroup(std::uint32_t flags, std::uint32_t filter, void* condition,
                                            std::uint32_t conditionSize, std::int64_t& group, void* reserved) {
-    const auto function = EntryPoint<decltype(::FindFirstUrlCacheGroup)>("FindFirstUrlCacheGroup");
+    const auto function = wininet::EntryPoint<decltype(::FindFirstUrlCacheGroup)>("FindFirstUrlCacheGroup");
     SetLastError(ERROR_SUCCESS);
     void* const find = function(flags, filter, condition, conditionSize, &group, reserved);
     m_lastError = GetLastError();
@@ -96,7 +76,7 @@ void* WinInetCache::FindFirstUrlCacheGroup(std::uint32_t flags, std::uint32_t fi
 }
 
 bool WinInetCache::FindNextUrlCacheGroup(void* find, std::int64_t& group, void* reserved) {
-    const auto function = EntryPoint<decltype(::FindNextUrlCacheGroup)>("FindNextUrlCacheGroup");
+    const auto function = wininet::EntryPoint<decltype(::FindNextUrlCacheGroup)>("FindNextUrlCacheGroup");
     // A call that succeeds may leave the value of an older failure, which would end the flush early.
     SetLastError(ERROR_SUCCESS);
     const bool found = function(find, &group, reserved) != FALSE;
@@ -105,7 +85,7 @@ bool WinInetCache::FindNextUrlCacheGroup(void* find, std::int64_t& group, void* 
 }
 
 bool WinInetCache::DeleteUrlCacheGroup(std::int64_t group, std::uint32_t flags, void* reserved) {
-    const auto function = EntryPoint<decltype(::DeleteUrlCacheGroup)>("DeleteUrlCacheGroup");
+    const auto function = wininet::EntryPoint<decltype(::DeleteUrlCacheGroup)>("DeleteUrlCacheGroup");
     SetLastError(ERROR_SUCCESS);
     const bool deleted = function(group, flags, reserved) != FALSE;
     m_lastError = GetLastError();

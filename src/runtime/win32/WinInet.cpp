@@ -1,0 +1,33 @@
+#include "runtime/win32/WinInet.h"
+
+#include <wininet.h>
+
+namespace kestrelguard::wininet {
+
+namespace {
+
+using DeleteEntry = BOOL WINAPI(LPCSTR);
+
+DeleteEntry* DeletionEntryPoint() {
+    try {
+        return EntryPoint<DeleteEntry>("DeleteUrlCacheEntryA");
+    } catch (const RunTimeError&) {
+        return EntryPoint<DeleteEntry>("DeleteUrlCacheEntry");
+    }
+}
+
+}  // namespace
+
+HMODULE Library() noexcept {
+    MEMORY_BASIC_INFORMATION place{};
+    const auto function = reinterpret_cast<const void*>(&::FindFirstUrlCacheEntryA);
+    return VirtualQuery(function, &place, sizeof place) == 0 ? nullptr
+                                                             : static_cast<HMODULE>(place.AllocationBase);
+}
+
+bool DeleteUrlCacheEntryA(const char* address) {
+    static DeleteEntry* const function = DeletionEntryPoint();
+    return function(address) != FALSE;
+}
+
+}  // namespace kestrelguard::wininet
