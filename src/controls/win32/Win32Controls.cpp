@@ -9,6 +9,13 @@
 
 namespace kestrelguard {
 
+namespace {
+
+/// What a list box leaves free beside its rows, in pixels.
+constexpr int kRowMargin = 8;
+
+}  // namespace
+
 std::wstring WindowText(HWND window) {
     std::string text(static_cast<std::size_t>(std::max(0, GetWindowTextLengthA(window))) + 1, '\0');
     const int length = GetWindowTextA(window, text.data(), static_cast<int>(text.size()));
@@ -94,8 +101,31 @@ std::wstring ListBoxControl::Row(std::int32_t row) const {
 }
 
 void ListBoxControl::Append(const std::wstring& text) {
-    if (SendMessageA(m_window, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(ToAnsi(text).c_str())) < 0) {
+    const std::string row = ToAnsi(text);
+    if (SendMessageA(m_window, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(row.c_str())) < 0) {
         throw RunTimeError(RunTimeError::kOutOfMemory);
+    }
+    if (m_scrollsSideways && row.size() > m_longestRow) {
+        MakeRoomFor(row);
+    }
+}
+
+void ListBoxControl::MakeRoomFor(const std::string& row) {
+    // Only a row of more characters than any before is measured: measuring each would cost more than adding
+    // it.
+    m_longestRow = row.size();
+    const HDC context = GetDC(m_window);
+    const HGDIOBJ before =
+        SelectObject(context, reinterpret_cast<HGDIOBJ>(SendMessageA(m_window, WM_GETFONT, 0, 0)));
+    SIZE size = {};
+    GetTextExtentPoint32A(context, row.c_str(), static_cast<int>(row.size()), &size);
+    SelectObject(context, before);
+    ReleaseDC(m_window, context);
+    if (size.cx + kRowMargin > m_widestRow) {
+        m_widestRow = size.cx + kRowMargin;
+        if (m_fills == 0) {
+            SendMessageA(m_window, LB_SETHORIZONTALEXTENT, static_cast<WPARAM>(m_widestRow), 0);
+        }
     }
 }
 
@@ -117,6 +147,9 @@ void ListBoxControl::BeginFill() {
 
 void ListBoxControl::EndFill() {
     if (--m_fills == 0) {
+        if (m_scrollsSideways) {
+            SendMessageA(m_window, LB_SETHORIZONTALEXTENT, static_cast<WPARAM>(m_widestRow), 0);
+        }
         SendMessageA(m_window, WM_SETREDRAW, TRUE, 0);
         InvalidateRect(m_window, nullptr, TRUE);
     }

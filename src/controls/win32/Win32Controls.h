@@ -88,9 +88,27 @@ class ListBoxControl final : public ListRows, public ListSelection {
     std::int32_t SelectedRow() const override;
     void SelectRow(std::int32_t row) override;
 
+    /// From now on rows that are wider than the list can be scrolled to their end.
+    void ScrollSideways() { m_scrollsSideways = true; }
+
  private:
+    void MakeRoomFor(const std::string& row);
+
     HWND m_window = nullptr;
     int m_fills = 0;
+    bool m_scrollsSideways = false;
+    std::size_t m_longestRow = 0;
+    int m_widestRow = 0;
+};
+
+/// A control that can be hidden.
+class VisibleControl final : public Visibility {
+ public:
+    void Attach(HWND window) { m_window = window; }
+    void SetVisible(bool visible) override { ShowWindow(m_window, visible ? SW_SHOWNA : SW_HIDE); }
+
+ private:
+    HWND m_window = nullptr;
 };
 
 /// A control or window that can be enabled.
