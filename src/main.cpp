@@ -3,6 +3,7 @@
 #include <commctrl.h>
 
 #include "app/win32/Kestrelguard.h"
+#include "app/win32/RunTimeErrorBox.h"
 #include "app/win32/SingleInstance.h"
 #include "controls/win32/Win32Controls.h"
 #include "runtime/Edge.h"

@@ -10,7 +10,6 @@
 #include "blocking/Texts.h"
 #include "resource.h"
 #include "runtime/Edge.h"
-#include "runtime/Numbers.h"
 #include "runtime/ProgramVersion.h"
 #include "runtime/RunTimeError.h"
 #include "runtime/win32/AnsiText.h"
@@ -236,8 +235,7 @@ FormWindow::FormWindow(FormMessages& messages) : m_messages(messages), m_dpi(Scr
     const int height = outer.bottom - outer.top;
     RECT work = {};
     SystemParametersInfoA(SPI_GETWORKAREA, 0, &work, 0);
-    const std::wstring caption = texts::kFormCaption + Decimal(kMajorVersion) + L"." +
-                                 Decimal(kMinorVersion) + L"." + Decimal(kRevision);
+    const std::wstring caption = texts::kFormCaption + VersionText();
     m_form = CreateWindowExA(WS_EX_CONTROLPARENT, kFormClass, ToAnsi(caption).c_str(), style,
                              work.left + (work.right - work.left - width) / 2,
                              work.top + (work.bottom - work.top - height) / 2, width, height, nullptr,

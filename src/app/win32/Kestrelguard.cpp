@@ -6,8 +6,8 @@
 
 #include "app/Texts.h"
 #include "app/win32/Rooms.h"
+#include "app/win32/RunTimeErrorBox.h"
 #include "runtime/Maker.h"
-#include "runtime/Numbers.h"
 #include "runtime/RunTimeError.h"
 #include "runtime/win32/AnsiText.h"
 
@@ -56,12 +56,21 @@ const Kestrelguard::Command Kestrelguard::kCommands[] = {
     {kAddSite, BN_CLICKED, &Kestrelguard::AddSite_Click},
     {kRemoveSite, BN_CLICKED, &Kestrelguard::RemoveSite_Click},
     {kTitleBan, EN_CHANGE, &Kestrelguard::TitleBan_Change},
+    {kClearIEC, BN_CLICKED, &Kestrelguard::ClearIEC_Click},
+    {kClearIEH, BN_CLICKED, &Kestrelguard::ClearIEH_Click},
+    {kClearIECookies, BN_CLICKED, &Kestrelguard::ClearIECookies_Click},
+    {kShowIEC, BN_CLICKED, &Kestrelguard::ShowIEC_Click},
+    {kShowIECookies, BN_CLICKED, &Kestrelguard::ShowIECookies_Click},
+    {kWash_F, EN_CHANGE, &Kestrelguard::wash_F_Change},
+    {kWash_CMB, CBN_SELCHANGE, &Kestrelguard::wash_CMB_Click},
     {kQuestB, BN_CLICKED, &Kestrelguard::questB_Click},
     {kOKcmd, BN_CLICKED, &Kestrelguard::OKcmd_Click},
     {kCancelcmd, BN_CLICKED, &Kestrelguard::Cancelcmd_Click},
     {kApplyCmd, BN_CLICKED, &Kestrelguard::ApplyCmd_Click},
     {kMnuHelp, kMenuItem, &Kestrelguard::mnuHelp_Click},
     {kMnuPOP, kMenuItem, &Kestrelguard::mnuPOP_Click},
+    {kMnuIEC, kMenuItem, &Kestrelguard::ClearIEC_Click},
+    {kMnuIECook, kMenuItem, &Kestrelguard::ClearIECookies_Click},
     {kMnuShow, kMenuItem, &Kestrelguard::mnuShow_Click},
     {kMnuExit, kMenuItem, &Kestrelguard::mnuExit_Click},
     {kMnuSB, kMenuItem, &Kestrelguard::mnuSB_Click},
@@ -81,15 +90,17 @@ Kestrelguard::~Kestrelguard() = default;
 
 void Kestrelguard::Form_Load() {
     SettingsFile(L"Read");
+    m_rooms->savedCookiesFile.SavedCookiesFile(L"Read");
     m_rooms->tray.Fill(m_form.Handle(), m_form.FormIcon());
     m_rooms->trayIcon.FillTip();
     m_rooms->messages.DoEvents();
     m_rooms->updateCheck.WinVersion(PlatformVersion());
+    m_loaded = true;
     m_rooms->browserTree.RefreshBrowserTree();
     SetWasher();
     m_rooms->controls.ApplyCmd.SetEnabled(false);
+    // The strip tells of no click on the tab that is selected already.
     m_pages->KGTabs_Click();
-    m_loaded = true;
 }
 
 void Kestrelguard::FirstShow() {
@@ -101,11 +112,26 @@ void Kestrelguard::Form_Unload() {
         return;
     }
     m_unloaded = true;
-    m_rooms->controls.Washer.SetEnabled(false);
-    m_rooms->IEEvents1.SetEnabled(false);
-    m_rooms->tray.Delete();
-    SettingsFile(L"Write");
-    m_rooms->messages.DoEvents();
+    // A step that fails must not keep the others from being done; the first failure is told.
+    std::optional<RunTimeError> failure;
+    const auto step = [&failure](auto&& action) {
+        try {
+            action();
+        } catch (const RunTimeError& error) {
+            if (!failure) {
+                failure = error;
+            }
+        }
+    };
+    step([this] { m_rooms->washer.Stop(); });
+    step([this] { m_rooms->IEEvents1.SetEnabled(false); });
+    step([this] { m_rooms->cacheWindow.Unload(); });
+    step([this] { m_rooms->trayIcon.Delete(); });
+    step([this] { SettingsFile(L"Write"); });
+    step([this] { m_rooms->messages.DoEvents(); });
+    if (failure) {
+        throw *failure;
+    }
 }
 
 // --- messages ---------------------------------------------------------------------------------------------
@@ -139,6 +165,12 @@ std::optional<LRESULT> Kestrelguard::OnMessage(UINT message, WPARAM wParam, LPAR
             return 0;
         case PlatformTray::kCallback:
             m_rooms->trayIcon.Form_MouseMove(static_cast<double>(GET_X_LPARAM(lParam)));
+            return 0;
+        case WM_TIMER:
+            // A tick that was waiting when the timer was switched off is none.
+            if (wParam == m_rooms->controls.WasherTimer.Id() && m_rooms->controls.WasherTimer.Enabled()) {
+                m_rooms->washer.Washer_Timer();
+            }
             return 0;
         case WM_CLOSE:
             if (InSendMessage()) {
@@ -268,7 +300,7 @@ void Kestrelguard::SettingsFile(const wchar_t* mode) {
 }
 
 void Kestrelguard::SetWasher() {
-    m_rooms->controls.Washer.SetEnabled(m_rooms->controls.KG_C[5].Ticked());
+    m_rooms->washer.EnableTimer();
 }
 
 // --- handlers
@@ -290,6 +322,36 @@ void Kestrelguard::TitleBan_Change(int) {
     if (!m_rooms->controls.TitleBan.BeingSet()) {
         m_rooms->titleBlocking.TitleBan_Change();
     }
+}
+
+void Kestrelguard::ClearIEC_Click(int) {
+    m_rooms->washer.ClearIEC_Click();
+}
+
+void Kestrelguard::ClearIEH_Click(int) {
+    m_rooms->washer.ClearIEH_Click();
+}
+
+void Kestrelguard::ClearIECookies_Click(int) {
+    m_rooms->washer.ClearIECookies_Click();
+}
+
+void Kestrelguard::ShowIEC_Click(int) {
+    m_rooms->washer.ShowIEC_Click();
+}
+
+void Kestrelguard::ShowIECookies_Click(int) {
+    m_rooms->washer.ShowIECookies_Click();
+}
+
+void Kestrelguard::wash_F_Change(int) {
+    if (!m_rooms->controls.wash_F.BeingSet()) {
+        m_rooms->washer.wash_F_Change();
+    }
+}
+
+void Kestrelguard::wash_CMB_Click(int) {
+    m_rooms->washer.wash_CMB_Click();
 }
 
 void Kestrelguard::mnuPOP_Click(int) {
@@ -317,12 +379,6 @@ void Kestrelguard::mnuHelp_Click(int) {
     // Kept: the parameters are the text of a zero.
     m_helpInstance = ShellExecuteA(m_form.Handle(), "open", page.c_str(), "0",
                                    ToAnsi(FolderOfProgram()).c_str(), SW_SHOWNORMAL);
-}
-
-void ShowRunTimeError(HWND owner, const RunTimeError& error) {
-    const std::wstring text =
-        texts::kRunTimeError + Decimal(error.Number()) + L"':\r\n\r\n" + error.Description();
-    MessageBoxA(owner, ToAnsi(text).c_str(), ToAnsi(texts::kProgramName).c_str(), MB_OK | MB_ICONERROR);
 }
 
 }  // namespace kestrelguard

@@ -21,9 +21,6 @@ namespace kestrelguard {
 
 struct Rooms;
 
-/// The box that tells the user of an error that nobody handled.
-void ShowRunTimeError(HWND owner, const RunTimeError& error);
-
 /// The form Kestrelguard: the windows, the subsystems behind them and how they are tied together.
 class Kestrelguard final : FormMessages, TrayWindow, TrayPopup, PageFrames, SettingsActions {
  public:
@@ -80,6 +77,13 @@ class Kestrelguard final : FormMessages, TrayWindow, TrayPopup, PageFrames, Sett
     void AddSite_Click(int);
     void RemoveSite_Click(int);
     void TitleBan_Change(int);
+    void ClearIEC_Click(int);
+    void ClearIEH_Click(int);
+    void ClearIECookies_Click(int);
+    void ShowIEC_Click(int);
+    void ShowIECookies_Click(int);
+    void wash_F_Change(int);
+    void wash_CMB_Click(int);
     void mnuPOP_Click(int);
     void mnuShow_Click(int);
     void mnuExit_Click(int);

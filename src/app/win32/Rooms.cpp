@@ -1,6 +1,6 @@
 #include "app/win32/Rooms.h"
 
-#include "app/win32/Kestrelguard.h"
+#include "app/win32/RunTimeErrorBox.h"
 
 namespace kestrelguard {
 
@@ -27,7 +27,7 @@ FormControls::FormControls(FormWindow& form)
     ApplyCmd.Attach(form.Control(kApplyCmd));
     mnuPOP.Attach(form.TrayMenu(), kMnuPOP);
     mnuPOPCaption.Attach(form.TrayMenu(), kMnuPOP);
-    Washer.Attach(form.Handle());
+    WasherTimer.Attach(form.Handle());
 }
 
 Rooms::Rooms(FormWindow& form, TrayWindow& window, TrayPopup& trayMenu, BrowserMenu& browserMenu)
@@ -54,6 +54,13 @@ Rooms::Rooms(FormWindow& form, TrayWindow& window, TrayPopup& trayMenu, BrowserM
       siteBlocking({controls.KG_C[0], controls.SiteTXT, siteList, controls.siteLST, siteSet, nodes}),
       titleBlocking(
           {controls.KG_C[1], controls.TitleBan, titleKeywordSet, controls.ApplyCmd, nodes, boxes, locale}),
+      savedCookiesFile(folder, locale, savedCookies),
+      ieCache({cache, cache, memory, text, cacheWindows, locale, savedCookies}),
+      cacheWindow({form.FormIcon(), ieCache, cacheWindows, locale, messages, savedCookies, savedCookiesFile,
+                   ShowCookiesOnly, ShowRunTimeError}),
+      washer({controls.KG_C[2], controls.KG_C[3], controls.KG_C[4], controls.KG_C[5], controls.wash_F,
+              controls.wash_CMB, controls.WasherTimer, controls.ApplyCmd, ieCache, cacheWindows, cacheWindow,
+              history, messages, lasting.WashMinutes, ShowCookiesOnly}),
       updateHost(form.Handle(), lasting),
       zev([&form](const RunTimeError& error) { ShowRunTimeError(form.Handle(), error); }),
       ZEV_PLI([&form](const RunTimeError& error) { ShowRunTimeError(form.Handle(), error); }),

@@ -1,6 +1,10 @@
 #pragma once
 
+// The socket library's header stands before that of Windows.
+#include "controls/win32/WinsockControl.h"
+//
 #include "app/TrayIcon.h"
+#include "app/win32/CacheWindowHost.h"
 #include "app/win32/FormEvents.h"
 #include "app/win32/FormWindow.h"
 #include "app/win32/PlatformTray.h"
@@ -11,10 +15,13 @@
 #include "browsertree/win32/PlatformBrowserWindows.h"
 #include "controls/win32/TreeViewControl.h"
 #include "controls/win32/Win32Controls.h"
-#include "controls/win32/WinsockControl.h"
 #include "monitoring/win32/IEEvents.h"
 #include "popup/PopupPolicy.h"
 #include "popup/win32/AsyncKeyboard.h"
+#include "privacy/KG_IECache.h"
+#include "privacy/Washer.h"
+#include "privacy/win32/ComUrlHistory.h"
+#include "privacy/win32/WinInetCache.h"
 #include "runtime/KeyedCollection.h"
 #include "runtime/LastingValues.h"
 #include "runtime/win32/Win32Locale.h"
@@ -46,7 +53,7 @@ struct FormControls {
     MenuCheckMark mnuPOP;
     MenuCaption mnuPOPCaption;
     /// One tick a minute.
-    TimerControl Washer{1, 60000};
+    TimerControl WasherTimer{1, 60000};
 };
 
 /// The subsystems and how they are tied together. What a row names stands above it.
@@ -84,6 +91,19 @@ struct Rooms {
     // Site and keyword blocking.
     SiteBlocking siteBlocking;
     TitleBlocking titleBlocking;
+
+    // Privacy cleaning, the cache window and its saved cookies.
+    bool ShowCookiesOnly = false;
+    TextSet savedCookies;
+    SavedCookiesStore savedCookiesFile;
+    WinInetCache cache;
+    KernelMemory memory;
+    KernelText text;
+    DesktopCacheWindows cacheWindows;
+    KG_IECache ieCache;
+    ComUrlHistory history;
+    CacheWindowHost cacheWindow;
+    Washer washer;
 
     // Update check.
     PlatformMessageBoxes formBoxes;

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+
+#include "cachewindow/SavedCookies.h"
+#include "cachewindow/win32/CacheForm.h"
+#include "cachewindow/win32/WinInetEntries.h"
+#include "privacy/Washer.h"
+#include "privacy/win32/WinInetCache.h"
+
+namespace kestrelguard {
+
+/// The one cache window: makes it when it is asked for and ties it to the cache walk.
+class CacheWindowHost final : public CacheWindowOpener, CacheListing, CacheDetails {
+ public:
+    /// All of it outlives the host.
+    struct Parts {
+        HICON icon;
+        KG_IECache& cache;
+        DesktopCacheWindows& windows;
+        const Locale& locale;
+        MessageLoop& messages;
+        TextSet& savedCookies;
+        SavedCookiesStore& savedCookiesFile;
+        bool& ShowCookiesOnly;
+        std::function<void(HWND, const RunTimeError&)> showError;
+    };
+
+    explicit CacheWindowHost(const Parts& parts) : m_parts(parts), m_entries(parts.locale) {}
+
+    void ShowCacheWindow() override;
+    /// Closes the window if there is one. Throws what writing the saved cookies throws.
+    void Unload();
+
+ private:
+    void LoadCacheEntries(bool clearFiles, bool clearCookies, bool cookiesOnly) override;
+    std::wstring CacheEntryDetails(const std::wstring& address) override {
+        return m_entries.CacheEntryDetailsOf(address);
+    }
+    void Forget();
+
+    Parts m_parts;
+    WinInetEntries m_entries;
+    std::shared_ptr<CacheForm> m_form;
+    std::optional<CacheWindow> m_window;
+};
+
+}  // namespace kestrelguard

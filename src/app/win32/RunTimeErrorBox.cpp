@@ -1,0 +1,15 @@
+#include "app/win32/RunTimeErrorBox.h"
+
+#include "app/Texts.h"
+#include "runtime/Numbers.h"
+#include "runtime/win32/AnsiText.h"
+
+namespace kestrelguard {
+
+void ShowRunTimeError(HWND owner, const RunTimeError& error) {
+    const std::wstring text =
+        texts::kRunTimeError + Decimal(error.Number()) + L"':\r\n\r\n" + error.Description();
+    MessageBoxA(owner, ToAnsi(text).c_str(), ToAnsi(texts::kProgramName).c_str(), MB_OK | MB_ICONERROR);
+}
+
+}  // namespace kestrelguard
