@@ -15,11 +15,14 @@ find_wine() {
 }
 
 box() {
+    boxed=(bwrap --unshare-pid --die-with-parent)
+    # An ordinary user is root inside: otherwise the box is two user name spaces deep and cannot be joined later.
+    [ "$(id -u)" = 0 ] || boxed+=(--unshare-user --uid 0 --gid 0)
     if [ "$wine_kind" = host ]; then
-        boxed=(bwrap --unshare-pid --die-with-parent --dev-bind / / --proc /proc)
+        boxed+=(--dev-bind / / --proc /proc)
         return
     fi
-    boxed=(bwrap --unshare-pid --die-with-parent --tmpfs /)
+    boxed+=(--tmpfs /)
     local entry name
     [ -e "$wine_place/etc/hosts" ] || echo '127.0.0.1 localhost' >"$wine_place/etc/hosts"
     [ -e "$wine_place/etc/resolv.conf" ] || : >"$wine_place/etc/resolv.conf"
