@@ -101,19 +101,19 @@ std::wstring ListBoxControl::Row(std::int32_t row) const {
 }
 
 void ListBoxControl::Append(const std::wstring& text) {
-    const std::string row = ToAnsi(text);
-    if (SendMessageA(m_window, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(row.c_str())) < 0) {
+    const AnsiArgument row(text);
+    if (SendMessageA(m_window, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(row.Get())) < 0) {
         throw RunTimeError(RunTimeError::kOutOfMemory);
     }
-    if (m_scrollsSideways && row.size() > m_longestRow) {
-        MakeRoomFor(row);
+    if (m_scrollsSideways && text.size() > m_longestRow) {
+        m_longestRow = text.size();
+        MakeRoomFor(ToAnsi(text));
     }
 }
 
 void ListBoxControl::MakeRoomFor(const std::string& row) {
     // Only a row of more characters than any before is measured: measuring each would cost more than adding
     // it.
-    m_longestRow = row.size();
     const HDC context = GetDC(m_window);
     const HGDIOBJ before =
         SelectObject(context, reinterpret_cast<HGDIOBJ>(SendMessageA(m_window, WM_GETFONT, 0, 0)));

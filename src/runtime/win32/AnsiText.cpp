@@ -2,7 +2,9 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <climits>
+#include <type_traits>
 
 #include "runtime/RunTimeError.h"
 
@@ -17,11 +19,26 @@ int LengthOf(std::size_t size) {
     return static_cast<int>(size);
 }
 
+/// Every code page of the system holds the 7-bit characters in their own places. Addresses consist of them;
+/// asking the system for each costs a walk over the cache more than everything else that it does.
+template <class Letter>
+bool SevenBit(std::basic_string_view<Letter> text) {
+    return std::all_of(text.begin(), text.end(), [](Letter letter) {
+        return static_cast<std::make_unsigned_t<Letter>>(letter) < 0x80;
+    });
+}
+
+char Narrow(wchar_t letter) {
+    return static_cast<char>(letter);
+}
+
 }  // namespace
 
 std::string ToAnsi(std::wstring_view text) {
     std::string ansi;
-    if (text.empty()) {
+    if (SevenBit(text)) {
+        ansi.resize(text.size());
+        std::transform(text.begin(), text.end(), ansi.begin(), Narrow);
         return ansi;
     }
     const int length = LengthOf(text.size());
@@ -31,9 +48,20 @@ std::string ToAnsi(std::wstring_view text) {
     return ansi;
 }
 
+AnsiArgument::AnsiArgument(std::wstring_view text) {
+    if (text.size() < m_short.size() && SevenBit(text)) {
+        const auto end = std::transform(text.begin(), text.end(), m_short.begin(), Narrow);
+        *end = '\0';
+    } else {
+        m_text = ToAnsi(text);
+    }
+}
+
 std::wstring FromAnsi(std::string_view text) {
     std::wstring wide;
-    if (text.empty()) {
+    if (SevenBit(text)) {
+        wide.resize(text.size());
+        std::copy(text.begin(), text.end(), wide.begin());
         return wide;
     }
     const int length = LengthOf(text.size());
