@@ -1,5 +1,6 @@
 #include "privacy/KG_IECache.h"
 
+#include <algorithm>
 #include <cstring>
 #include <optional>
 #include <utility>
@@ -220,7 +221,8 @@ bool KG_IECache::Visit(const CacheEntryHead& head, const Task& task, CircleDetec
     if ((head.CacheEntryType & kNormalCacheEntry) == 0) {
         return true;
     }
-    const std::wstring address = StringFromPointer(head.lpszSourceUrlName);
+    CopyText(head.lpszSourceUrlName, m_address);
+    const std::wstring& address = m_address;
     if (circle.Next(address)) {
         return false;
     }
@@ -292,9 +294,23 @@ void KG_IECache::FlushGroups() {
 }
 
 std::wstring KG_IECache::StringFromPointer(const char* p) {
-    std::string text(static_cast<std::size_t>(m_platform.text.lstrlenA(p)), '\0');
-    m_platform.text.lstrcpyA(text.data(), p);
-    return m_platform.text.FromAnsi(text);
+    std::wstring text;
+    CopyText(p, text);
+    return text;
+}
+
+/// Every code page holds the 7-bit characters, of which nearly all addresses consist, in their own places:
+/// only the others are worth asking the platform for.
+void KG_IECache::CopyText(const char* p, std::wstring& text) {
+    m_ansiAddress.resize(static_cast<std::size_t>(m_platform.text.lstrlenA(p)));
+    m_platform.text.lstrcpyA(m_ansiAddress.data(), p);
+    if (std::all_of(m_ansiAddress.begin(), m_ansiAddress.end(),
+                    [](char letter) { return static_cast<unsigned char>(letter) < 0x80; })) {
+        text.resize(m_ansiAddress.size());
+        std::copy(m_ansiAddress.begin(), m_ansiAddress.end(), text.begin());
+    } else {
+        text = m_platform.text.FromAnsi(m_ansiAddress);
+    }
 }
 
 }  // namespace kestrelguard

@@ -70,11 +70,15 @@ class KG_IECache final : public CacheWalk {
     CacheWindow* FindCacheWindow();
     void WalkEntries(EntryFind& find, EntryBuffer& buffer, const Task& task);
     bool Visit(const CacheEntryHead& head, const Task& task, class CircleDetector& circle);
+    void CopyText(const char* p, std::wstring& text);
     bool ToBeDeleted(const std::wstring& address, const Task& task) const;
     void FlushGroups();
 
     Platform m_platform;
     std::uint32_t m_mostEntries;
+    /// The present entry's address in both forms: their memory serves one entry after the other.
+    std::string m_ansiAddress;
+    std::wstring m_address;
 };
 
 }  // namespace kestrelguard
