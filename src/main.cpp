@@ -2,6 +2,8 @@
 
 #include <commctrl.h>
 
+#include <cstdlib>
+
 #include "app/win32/Kestrelguard.h"
 #include "app/win32/RunTimeErrorBox.h"
 #include "app/win32/SingleInstance.h"
@@ -9,22 +11,42 @@
 #include "runtime/Edge.h"
 #include "runtime/win32/Com.h"
 
+namespace {
+
+void Report(const kestrelguard::RunTimeError& error) {
+    kestrelguard::ShowRunTimeError(nullptr, error);
+}
+
+/// The life of the form. Answers the program's exit code.
+int RunForm() {
+    kestrelguard::Kestrelguard form;
+    bool loaded = false;
+    // Told while the form is still there: its end asks the message loop, that of the box included, to quit.
+    kestrelguard::AtEdge(
+        [&form, &loaded] {
+            form.Form_Load();
+            form.FirstShow();
+            loaded = true;
+        },
+        Report);
+    return loaded ? kestrelguard::PlatformMessageLoop::Run() : EXIT_FAILURE;
+}
+
+}  // namespace
+
 int WINAPI WinMain(HINSTANCE /*instance*/, HINSTANCE /*previous*/, LPSTR /*commandLine*/, int /*show*/) {
-    int exitCode = 1;
+    int exitCode = EXIT_FAILURE;
     kestrelguard::AtEdge(
         [&exitCode] {
             const kestrelguard::SingleInstance instance;
             if (!instance.First()) {
-                exitCode = 0;
+                exitCode = EXIT_SUCCESS;
                 return;
             }
             InitCommonControls();
             const kestrelguard::ComApartment apartment;
-            kestrelguard::Kestrelguard form;
-            form.Form_Load();
-            form.FirstShow();
-            exitCode = kestrelguard::PlatformMessageLoop::Run();
+            exitCode = RunForm();
         },
-        [](const kestrelguard::RunTimeError& error) { kestrelguard::ShowRunTimeError(nullptr, error); });
+        Report);
     return exitCode;
 }
