@@ -350,8 +350,7 @@ class FakeTree : public Tree, public Fallible {
     /// Takes the node's children along.
     void Remove(const std::wstring& key) override {
         Call();
-        Existing(key);
-        const std::wstring gone = key;
+        const std::wstring gone = Existing(key).key;  // `key` may be the node's own
         for (auto child = ChildOf(gone); child != nodes.end(); child = ChildOf(gone)) {
             const std::wstring childKey = child->key;
             Remove(childKey);
