@@ -4,6 +4,7 @@
 /// Environment variables of the program that loads it, for tests:
 ///   KESTRELGUARD_WININET_LOG=FILE     each call of the functions below is appended to FILE as one line
 ///   KESTRELGUARD_WININET_CIRCLE=1     the enumeration of entries starts again after the last one, for ever
+///   KESTRELGUARD_WININET_MADE=N       the cache holds N made-up entries and nothing else
 ///   KESTRELGUARD_WININET_GROUPS=N     there are N cache groups (the platform has none)
 ///   KESTRELGUARD_WININET_LOCKED=TEXT  entries whose address contains TEXT cannot be deleted
 ///   KESTRELGUARD_WININET_FAIL=N       the Nth logged call, counted from 1, fails with "access denied"
@@ -110,6 +111,38 @@ std::map<HANDLE, HANDLE>& Circles() {
     return circles;
 }
 
+/// The enumeration of the made-up entries.
+char madeWalk;
+int nextMade = 0;
+
+int MadeEntries() {
+    const char* const count = Setting("KESTRELGUARD_WININET_MADE");
+    return count == nullptr ? 0 : std::atoi(count);
+}
+
+/// The next made-up entry as the platform would hand it over.
+bool FetchMade(INTERNET_CACHE_ENTRY_INFOA* entry, DWORD* size) {
+    if (nextMade >= MadeEntries()) {
+        SetLastError(ERROR_NO_MORE_ITEMS);
+        return false;
+    }
+    const std::string address = "http://made.up/" + std::to_string(nextMade + 1);
+    const DWORD needed = static_cast<DWORD>(sizeof *entry + address.size() + 1);
+    if (entry == nullptr || *size < needed) {
+        *size = needed;
+        SetLastError(ERROR_INSUFFICIENT_BUFFER);
+        return false;
+    }
+    *entry = INTERNET_CACHE_ENTRY_INFOA{};
+    entry->dwStructSize = needed;
+    entry->CacheEntryType = NORMAL_CACHE_ENTRY;
+    entry->lpszSourceUrlName = reinterpret_cast<char*>(entry + 1);
+    std::memcpy(entry->lpszSourceUrlName, address.c_str(), address.size() + 1);
+    *size = needed;
+    ++nextMade;
+    return true;
+}
+
 /// The handle of the made-up groups.
 char groupWalk;
 GROUPID lastGroup = 0;
@@ -140,6 +173,10 @@ HANDLE WINAPI Proxy_FindFirstUrlCacheEntryA(const char* pattern, INTERNET_CACHE_
     if (Call("FindFirstUrlCacheEntryA " + Quoted(pattern) + Buffer(entry))) {
         return nullptr;
     }
+    if (MadeEntries() > 0) {
+        nextMade = 0;
+        return FetchMade(entry, size) ? &madeWalk : nullptr;
+    }
     const bool ignored = pattern != nullptr && std::strcmp(pattern, "0") == 0;
     return real(ignored ? nullptr : pattern, entry, size);
 }
@@ -149,6 +186,9 @@ BOOL WINAPI Proxy_FindNextUrlCacheEntryA(HANDLE find, INTERNET_CACHE_ENTRY_INFOA
     static const auto first = Real<decltype(FindFirstUrlCacheEntryA)>("FindFirstUrlCacheEntryA");
     if (Call("FindNextUrlCacheEntryA" + Buffer(entry))) {
         return FALSE;
+    }
+    if (find == &madeWalk) {
+        return FetchMade(entry, size);
     }
     const bool circle = Setting("KESTRELGUARD_WININET_CIRCLE") != nullptr;
     const auto goesOn = circle ? Circles().find(find) : Circles().end();
@@ -175,6 +215,9 @@ BOOL WINAPI Proxy_FindCloseUrlCache(HANDLE find) {
     static const auto real = Real<decltype(FindCloseUrlCache)>("FindCloseUrlCache");
     if (Call(find == nullptr ? "FindCloseUrlCache null" : "FindCloseUrlCache")) {
         return FALSE;
+    }
+    if (find == &madeWalk) {
+        return TRUE;
     }
     if (Setting("KESTRELGUARD_WININET_CIRCLE") != nullptr) {
         const auto circle = Circles().find(find);
