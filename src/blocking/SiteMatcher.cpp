@@ -1,28 +1,91 @@
 #include "blocking/SiteMatcher.h"
 
-#include <algorithm>
-
-#include "runtime/Text.h"
+#include <utility>
+#include <vector>
 
 namespace kestrelguard {
 
 SiteMatcher::Row SiteMatcher::Add(std::wstring_view text) {
-    m_texts.push_back(Entry{std::wstring(text), true});
-    return static_cast<Row>(m_texts.size() - 1);
+    if (text.empty()) {
+        ++m_emptyTexts;
+        return kEmptyText;
+    }
+    m_bytes.clear();
+    site_text::Append(m_bytes, text);
+    const CountedTexts::Added added = m_texts.Add(m_bytes);
+    if (added.isNew) {
+        try {
+            m_index.Add(added.row);
+        } catch (...) {
+            m_texts.Remove(added.row);
+            throw;
+        }
+        m_automaton.reset();
+    }
+    return added.row;
 }
 
-void SiteMatcher::Remove(Row row) {
-    m_texts[row] = Entry{};
+void SiteMatcher::Remove(Row row) noexcept {
+    if (row == kEmptyText) {
+        --m_emptyTexts;
+        return;
+    }
+    if (m_texts.IsLast(row)) {
+        m_index.Remove(row);
+        m_automaton.reset();
+    }
+    m_texts.Remove(row);
 }
 
 void SiteMatcher::Clear() noexcept {
-    m_texts.clear();
+    m_index.Clear();
+    m_texts.Clear();
+    m_automaton.reset();
+    m_emptyTexts = 0;
+}
+
+std::wstring SiteMatcher::Text(Row row) const {
+    return row == kEmptyText ? std::wstring() : site_text::TextOf(m_texts[row]);
 }
 
 bool SiteMatcher::AnyOccursIn(std::wstring_view address) const {
-    const std::wstring lower = LowerCase(address);
-    return std::any_of(m_texts.begin(), m_texts.end(),
-                       [&](const Entry& entry) { return entry.live && Contains(lower, entry.text); });
+    if (m_emptyTexts > 0 || m_texts.Count() == 0) {
+        return m_emptyTexts > 0;
+    }
+    const std::string_view bytes = m_lowerCased(address);
+    if (m_texts.Slots() <= kVeryFew) {
+        return OneByOne(bytes);
+    }
+    const GramIndex::Verdict verdict = m_index.AnyOccursIn(bytes);
+    return verdict == GramIndex::Verdict::kTooMuchWork ? ByAutomaton(bytes)
+                                                       : verdict == GramIndex::Verdict::kSome;
+}
+
+bool SiteMatcher::OneByOne(std::string_view address) const {
+    for (Row row = 0; row < m_texts.Slots(); ++row) {
+        if (m_texts.Holds(row) && address.find(m_texts[row]) != std::string_view::npos) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool SiteMatcher::ByAutomaton(std::string_view address) const {
+    if (!m_automaton) {
+        std::vector<std::string_view> texts;
+        texts.reserve(m_texts.Count());
+        for (Row row = 0; row < m_texts.Slots(); ++row) {
+            if (m_texts.Holds(row)) {
+                texts.push_back(m_texts[row]);
+            }
+        }
+        m_automaton.emplace(std::move(texts));
+    }
+    return m_automaton->AnyOccursIn(address);
+}
+
+std::size_t SiteMatcher::MemoryBytes() const noexcept {
+    return m_texts.MemoryBytes() + m_index.MemoryBytes() + (m_automaton ? m_automaton->MemoryBytes() : 0);
 }
 
 }  // namespace kestrelguard

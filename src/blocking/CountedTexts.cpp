@@ -1,0 +1,136 @@
+#include "blocking/CountedTexts.h"
+
+#include <algorithm>
+
+namespace kestrelguard {
+
+CountedTexts::Added CountedTexts::Add(std::string_view text) {
+    const std::uint32_t hash = Hash(text);
+    const Row known = Find(text, hash);
+    if (known != kNone) {
+        ++m_entries[known].count;
+        return {known, false};
+    }
+    MakePlace();
+    MakeRoom(text.size());
+    const std::size_t begin = m_bytes.size();
+    m_bytes.append(text);
+    Row row = m_free;
+    if (row != kNone) {
+        m_free = m_entries[row].begin;
+    } else {
+        row = Slots();
+        try {
+            m_entries.emplace_back();
+        } catch (...) {
+            m_bytes.resize(begin);
+            throw;
+        }
+    }
+    m_entries[row] = {static_cast<std::uint32_t>(begin), static_cast<std::uint32_t>(text.size()), 1};
+    m_places[FreePlace(hash)] = {hash, row};
+    ++m_count;
+    return {row, true};
+}
+
+void CountedTexts::Remove(Row row) noexcept {
+    Entry& entry = m_entries[row];
+    if (--entry.count > 0) {
+        return;
+    }
+    std::size_t place = PlaceOf(Hash((*this)[row]));
+    while (m_places[place].row != row) {
+        place = NextPlace(place);
+    }
+    EmptyPlace(place);
+    m_unusedBytes += entry.length;
+    entry = {m_free, 0, 0};
+    m_free = row;
+    --m_count;
+}
+
+void CountedTexts::Clear() noexcept {
+    *this = CountedTexts();
+}
+
+std::uint32_t CountedTexts::Hash(std::string_view text) noexcept {
+    std::uint32_t hash = 0x811C9DC5U;
+    for (const char letter : text) {
+        hash = (hash ^ static_cast<unsigned char>(letter)) * 0x01000193U;
+    }
+    return hash ^ (hash >> 16);
+}
+
+std::size_t CountedTexts::FreePlace(std::uint32_t hash) const noexcept {
+    std::size_t place = PlaceOf(hash);
+    while (m_places[place].row != kNone) {
+        place = NextPlace(place);
+    }
+    return place;
+}
+
+CountedTexts::Row CountedTexts::Find(std::string_view text, std::uint32_t hash) const noexcept {
+    if (m_places.empty()) {
+        return kNone;
+    }
+    for (std::size_t place = PlaceOf(hash); m_places[place].row != kNone; place = NextPlace(place)) {
+        if (m_places[place].hash == hash && (*this)[m_places[place].row] == text) {
+            return m_places[place].row;
+        }
+    }
+    return kNone;
+}
+
+/// Makes sure that a fifth of the places is free when one more is taken.
+void CountedTexts::MakePlace() {
+    constexpr std::size_t kLeastPlaces = 64;
+    if (m_count < m_places.size() / 5 * 4) {
+        return;
+    }
+    std::vector<Place> places(std::max(kLeastPlaces, 2 * m_places.size()));
+    m_places.swap(places);
+    for (const Place& place : places) {
+        if (place.row != kNone) {
+            m_places[FreePlace(place.hash)] = place;
+        }
+    }
+}
+
+/// Empties a place and lets the texts behind it move up, so that each still stands where a search passes.
+void CountedTexts::EmptyPlace(std::size_t place) noexcept {
+    for (std::size_t behind = NextPlace(place); m_places[behind].row != kNone; behind = NextPlace(behind)) {
+        const std::size_t mask = m_places.size() - 1;
+        const std::size_t walked = (behind - PlaceOf(m_places[behind].hash)) & mask;
+        if (walked >= ((behind - place) & mask)) {
+            m_places[place] = m_places[behind];
+            place = behind;
+        }
+    }
+    m_places[place] = Place{};
+}
+
+/// Makes room for more bytes; where enough lie unused between the texts, by moving those together.
+void CountedTexts::MakeRoom(std::size_t bytes) {
+    constexpr std::size_t kWorthwhile = 8;  // as a part of all bytes
+    if (m_bytes.capacity() - m_bytes.size() >= bytes ||
+        m_unusedBytes < m_bytes.size() / kWorthwhile + bytes) {
+        return;  // or the string grows by itself
+    }
+    std::string packed;
+    packed.reserve(m_bytes.capacity());
+    for (Entry& entry : m_entries) {
+        if (entry.count > 0) {
+            const std::size_t begin = packed.size();
+            packed.append(m_bytes, entry.begin, entry.length);
+            entry.begin = static_cast<std::uint32_t>(begin);
+        }
+    }
+    m_bytes.swap(packed);
+    m_unusedBytes = 0;
+}
+
+std::size_t CountedTexts::MemoryBytes() const noexcept {
+    return m_bytes.capacity() + m_entries.capacity() * sizeof(Entry) + m_places.capacity() * sizeof(Place);
+}
+
+}  // namespace kestrelguard

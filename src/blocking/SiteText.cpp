@@ -1,0 +1,94 @@
+#include "blocking/SiteText.h"
+
+#include <array>
+#include <cstdint>
+
+#include "runtime/Text.h"
+
+namespace kestrelguard::site_text {
+namespace {
+
+/// The most bytes of one unit: three where a unit has 16 bits, seven where it has 32.
+constexpr std::size_t kMostBytes = sizeof(wchar_t) == 2 ? 3 : 7;
+constexpr unsigned kBitsOfRest = 6;
+
+std::uint32_t CodeOf(wchar_t unit) { return static_cast<std::uint32_t>(unit); }
+
+/// Writes the bytes of a unit and answers the place behind them.
+char* Write(char* to, wchar_t unit) {
+    const std::uint64_t code = CodeOf(unit);
+    if (code < 0x80) {
+        *to = static_cast<char>(code);
+        return to + 1;
+    }
+    // The lead byte has a one for every byte, then a zero, then what is left of the code.
+    unsigned rest = 1;
+    while ((code >> (kBitsOfRest * rest)) >= (0x40U >> rest)) {
+        ++rest;
+    }
+    const unsigned ones = (0xFF00U >> (rest + 1)) & 0xFF;
+    *to++ = static_cast<char>(ones | (code >> (kBitsOfRest * rest)));
+    while (rest > 0) {
+        --rest;
+        *to++ = static_cast<char>(0x80U | ((code >> (kBitsOfRest * rest)) & 0x3F));
+    }
+    return to;
+}
+
+constexpr std::array<char, 0x80> LowerCaseTable() {
+    std::array<char, 0x80> table{};
+    for (unsigned code = 0; code < table.size(); ++code) {
+        const bool capital = code >= 'A' && code <= 'Z';
+        table[code] = static_cast<char>(capital ? code + ('a' - 'A') : code);
+    }
+    return table;
+}
+constexpr std::array<char, 0x80> kLowerCase = LowerCaseTable();
+
+}  // namespace
+
+void Append(std::string& bytes, std::wstring_view text) {
+    for (const wchar_t unit : text) {
+        std::array<char, kMostBytes> one{};
+        bytes.append(one.data(), Write(one.data(), unit));
+    }
+}
+
+std::wstring TextOf(std::string_view bytes) {
+    std::wstring text;
+    text.reserve(bytes.size());
+    for (auto at = bytes.begin(); at != bytes.end();) {
+        const auto lead = static_cast<unsigned char>(*at++);
+        std::uint64_t code = lead;
+        if (lead >= 0x80) {
+            unsigned ones = 0;
+            while ((lead & (0x80U >> ones)) != 0) {
+                ++ones;
+            }
+            code = lead & (0x7FU >> ones);
+            for (unsigned rest = 1; rest < ones; ++rest) {
+                code = code << kBitsOfRest | (static_cast<unsigned char>(*at++) & 0x3FU);
+            }
+        }
+        text += static_cast<wchar_t>(code);
+    }
+    return text;
+}
+
+std::string_view LowerCased::operator()(std::wstring_view text) {
+    if (m_buffer.size() < kMostBytes * text.size() + kReadBehind) {
+        m_buffer.resize(2 * kMostBytes * text.size() + kReadBehind);
+    }
+    char* to = m_buffer.data();
+    for (const wchar_t unit : text) {
+        const std::uint32_t code = CodeOf(unit);
+        if (code < kLowerCase.size()) {
+            *to++ = kLowerCase[code];
+        } else {
+            to = Write(to, LowerCase(unit));
+        }
+    }
+    return {m_buffer.data(), static_cast<std::size_t>(to - m_buffer.data())};
+}
+
+}  // namespace kestrelguard::site_text
