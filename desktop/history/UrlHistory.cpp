@@ -321,7 +321,7 @@ HRESULT Register(const std::wstring& path) {
     }
     const auto set = [key](const wchar_t* name, const std::wstring& text) {
         return RegSetValueExW(key, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()),
-                              static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
+                              (text.size() + 1) * sizeof(wchar_t));
     };
     status = set(nullptr, path);
     if (status == ERROR_SUCCESS) {

@@ -64,6 +64,12 @@ const char* Setting(const char* name) {
     return value == nullptr || *value == '\0' ? nullptr : value;
 }
 
+/// A number; 0 when it is not set.
+int NumberSetting(const char* name) {
+    const char* const value = Setting(name);
+    return value == nullptr ? 0 : static_cast<int>(std::strtol(value, nullptr, 10));
+}
+
 std::string Quoted(const char* text) {
     return text == nullptr ? "null" : '"' + std::string(text) + '"';
 }
@@ -86,8 +92,7 @@ bool Call(const std::string& line) {
             CloseHandle(log);
         }
     }
-    const char* const fail = Setting("KESTRELGUARD_WININET_FAIL");
-    if (fail != nullptr && std::atoi(fail) == calls) {
+    if (NumberSetting("KESTRELGUARD_WININET_FAIL") == calls) {
         SetLastError(ERROR_ACCESS_DENIED);
         return true;
     }
@@ -95,8 +100,7 @@ bool Call(const std::string& line) {
 }
 
 GROUPID GroupCount() {
-    const char* const count = Setting("KESTRELGUARD_WININET_GROUPS");
-    return count == nullptr ? 0 : std::atoi(count);
+    return NumberSetting("KESTRELGUARD_WININET_GROUPS");
 }
 
 bool Locked(const char* address) {
@@ -116,8 +120,7 @@ char madeWalk;
 int nextMade = 0;
 
 int MadeEntries() {
-    const char* const count = Setting("KESTRELGUARD_WININET_MADE");
-    return count == nullptr ? 0 : std::atoi(count);
+    return NumberSetting("KESTRELGUARD_WININET_MADE");
 }
 
 /// The next made-up entry as the platform would hand it over.
@@ -127,7 +130,7 @@ bool FetchMade(INTERNET_CACHE_ENTRY_INFOA* entry, DWORD* size) {
         return false;
     }
     const std::string address = "http://made.up/" + std::to_string(nextMade + 1);
-    const DWORD needed = static_cast<DWORD>(sizeof *entry + address.size() + 1);
+    const DWORD needed = sizeof *entry + address.size() + 1;
     if (entry == nullptr || *size < needed) {
         *size = needed;
         SetLastError(ERROR_INSUFFICIENT_BUFFER);

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <map>
 #include <memory>
-#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "controls/Fakes.h"
@@ -44,11 +46,7 @@ class FakeHistory : public HistoryPlatform, public HistoryValues, public Fallibl
             return;
         }
         freed.push_back(std::u16string(static_cast<char16_t*>(text)));
-        if (m_texts.erase(static_cast<char16_t*>(text)) == 1) {
-            delete[] static_cast<char16_t*>(text);
-        } else {
-            freedTwice = true;
-        }
+        freedTwice = freedTwice || m_texts.erase(static_cast<char16_t*>(text)) != 1;
     }
     std::int32_t lstrlenW(const char16_t* text) override {
         return static_cast<std::int32_t>(std::u16string(text).size());
@@ -92,11 +90,11 @@ class FakeHistory : public HistoryPlatform, public HistoryValues, public Fallibl
     }
     void Log(const std::string& call) { calls.push_back(call); }
     char16_t* NewText(const std::u16string& text) {
-        auto* const copy = new char16_t[text.size() + 1];
-        text.copy(copy, text.size());
-        copy[text.size()] = 0;
-        m_texts.insert(copy);
-        return copy;
+        auto copy = std::make_unique<char16_t[]>(text.size() + 1);
+        char16_t* const start = copy.get();
+        text.copy(start, text.size());
+        m_texts[start] = std::move(copy);
+        return start;
     }
 
     class Enumerator : public HistoryEnumerator {
@@ -166,7 +164,7 @@ class FakeHistory : public HistoryPlatform, public HistoryValues, public Fallibl
         FakeHistory& m_history;
     };
 
-    std::set<char16_t*> m_texts;
+    std::map<char16_t*, std::unique_ptr<char16_t[]>> m_texts;
 };
 
 }  // namespace kestrelguard
