@@ -66,7 +66,7 @@ void CacheBrowser::kg_CLST_DblClick() {
     }
     const std::uint32_t error = m_parts.deletion.DeleteUrlCacheEntryA(address);
     if (error != 0) {
-        m_parts.boxes.Show(std::to_wstring(error) + L" " + m_parts.deletion.SystemMessage(error),
+        m_parts.boxes.Show(Decimal(error) + L" " + m_parts.deletion.SystemMessage(error),
                            cache_texts::kApplication, kPlain);
         return;
     }

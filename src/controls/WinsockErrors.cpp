@@ -1,5 +1,7 @@
 #include "controls/WinsockErrors.h"
 
+#include "runtime/Numbers.h"
+
 namespace kestrelguard {
 
 namespace {
@@ -55,7 +57,7 @@ std::wstring WinsockErrorText(std::int32_t number) {
             return text.description;
         }
     }
-    return L"Socket error " + std::to_wstring(number);
+    return L"Socket error " + Decimal(number);
 }
 
 RunTimeError WinsockError(std::int32_t number) {

@@ -173,13 +173,19 @@ std::int32_t CheckedSubtract(std::int32_t a, std::int32_t b) {
     return difference;
 }
 
-std::wstring Decimal(std::int32_t value) {
-    return std::to_wstring(value);
+std::wstring Decimal(std::int64_t value) {
+    std::wstring digits;
+    std::uint64_t rest = value < 0 ? -static_cast<std::uint64_t>(value) : static_cast<std::uint64_t>(value);
+    do {
+        digits.insert(digits.begin(), static_cast<wchar_t>(L'0' + rest % 10));
+        rest /= 10;
+    } while (rest != 0);
+    return value < 0 ? L"-" + digits : digits;
 }
 
 std::wstring Grouped(std::int32_t value, std::wstring_view separator) {
     const std::int64_t wide = value;
-    const std::wstring digits = GroupDigits(std::to_wstring(wide < 0 ? -wide : wide), separator);
+    const std::wstring digits = GroupDigits(Decimal(wide < 0 ? -wide : wide), separator);
     return wide < 0 ? L"-" + digits : digits;
 }
 

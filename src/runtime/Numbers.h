@@ -26,7 +26,7 @@ std::int32_t CheckedAdd(std::int32_t a, std::int32_t b);
 std::int32_t CheckedSubtract(std::int32_t a, std::int32_t b);
 
 /// Plain decimal digits, with a minus sign for a negative number.
-std::wstring Decimal(std::int32_t value);
+std::wstring Decimal(std::int64_t value);
 
 /// The patterns "###,###,##0" and "###,###,###": digits in groups of three; the second gives an empty text
 /// for 0.

@@ -9,6 +9,7 @@
 #include "controls/WinsockErrors.h"
 #include "runtime/Edge.h"
 #include "runtime/Text.h"
+#include "runtime/Numbers.h"
 #include "runtime/win32/AnsiText.h"
 
 namespace kestrelguard {
@@ -257,9 +258,9 @@ std::wstring WinsockControl::LocalIP() const {
         throw WinsockError(WSAGetLastError());
     }
     const auto* const bytes = reinterpret_cast<const unsigned char*>(&local.sin_addr);
-    std::wstring dotted = std::to_wstring(bytes[0]);
+    std::wstring dotted = Decimal(bytes[0]);
     for (int part = 1; part < 4; ++part) {
-        dotted += L'.' + std::to_wstring(bytes[part]);
+        dotted += L'.' + Decimal(bytes[part]);
     }
     return dotted;
 }
