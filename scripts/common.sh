@@ -69,8 +69,10 @@ locked() {
 }
 
 build() {
-    local preset=$1
+    local preset=$1 targets=()
+    shift
+    [ $# = 0 ] || targets=(--target "$@")
     say "building $preset"
     quietly "$root/build/$preset.configure.log" cmake --preset "$preset" || die "could not configure $preset"
-    quietly "$root/build/$preset.build.log" cmake --build --preset "$preset" || die "could not build $preset"
+    quietly "$root/build/$preset.build.log" cmake --build --preset "$preset" "${targets[@]}" || die "could not build $preset"
 }

@@ -1,6 +1,7 @@
 #include "blocking/CountedTexts.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace kestrelguard {
 
@@ -54,11 +55,16 @@ void CountedTexts::Clear() noexcept {
 }
 
 std::uint32_t CountedTexts::Hash(std::string_view text) noexcept {
-    std::uint32_t hash = 0x811C9DC5U;
-    for (const char letter : text) {
-        hash = (hash ^ static_cast<unsigned char>(letter)) * 0x01000193U;
+    constexpr std::size_t kStep = sizeof(std::uint32_t);
+    auto hash = static_cast<std::uint32_t>(text.size());
+    while (!text.empty()) {
+        std::uint32_t letters = 0;
+        std::memcpy(&letters, text.data(), std::min(kStep, text.size()));
+        text.remove_prefix(std::min(kStep, text.size()));
+        hash = (hash ^ letters) * 0x9E3779B1U;
+        hash ^= hash >> 15;
     }
-    return hash ^ (hash >> 16);
+    return hash;
 }
 
 std::size_t CountedTexts::FreePlace(std::uint32_t hash) const noexcept {

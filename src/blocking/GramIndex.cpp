@@ -144,13 +144,13 @@ std::uint32_t GramIndex::LeastCrowded(std::string_view text) const noexcept {
     const std::size_t grams = text.size() - width + 1;
     std::size_t best = 0;
     unsigned leastRows = kManyRows;
-    for (std::size_t tried = 0; tried < grams && leastRows > 0; ++tried) {
-        const std::size_t gram = (grams / 2 + tried) % grams;
+    for (std::size_t gram = grams / 2, tried = 0; tried < grams && leastRows > 0; ++tried) {
         const unsigned rows = RowsUnder(Hash(text.data() + gram, width), leastRows);
         if (rows < leastRows) {
             best = gram;
             leastRows = rows;
         }
+        gram = gram + 1 < grams ? gram + 1 : 0;
     }
     return static_cast<std::uint32_t>(best);
 }

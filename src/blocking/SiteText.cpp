@@ -12,16 +12,15 @@ namespace {
 constexpr std::size_t kMostBytes = sizeof(wchar_t) == 2 ? 3 : 7;
 constexpr unsigned kBitsOfRest = 6;
 
-std::uint32_t CodeOf(wchar_t unit) { return static_cast<std::uint32_t>(unit); }
+std::uint32_t CodeOf(wchar_t unit) {
+    return static_cast<std::uint32_t>(unit);
+}
 
-/// Writes the bytes of a unit and answers the place behind them.
-char* Write(char* to, wchar_t unit) {
-    const std::uint64_t code = CodeOf(unit);
-    if (code < 0x80) {
-        *to = static_cast<char>(code);
-        return to + 1;
-    }
-    // The lead byte has a one for every byte, then a zero, then what is left of the code.
+constexpr std::uint32_t kAsciiEnd = 0x80;
+
+/// Writes the bytes of a unit outside ASCII and answers the place behind them: a lead byte that has a one for
+/// every byte, then a zero, then what the rest leaves of the code.
+[[gnu::noinline]] char* WriteBytes(char* to, std::uint64_t code) {
     unsigned rest = 1;
     while ((code >> (kBitsOfRest * rest)) >= (0x40U >> rest)) {
         ++rest;
@@ -35,23 +34,35 @@ char* Write(char* to, wchar_t unit) {
     return to;
 }
 
-constexpr std::array<char, 0x80> LowerCaseTable() {
-    std::array<char, 0x80> table{};
+char* Write(char* to, wchar_t unit) {
+    const std::uint32_t code = CodeOf(unit);
+    if (code >= kAsciiEnd) {
+        return WriteBytes(to, code);
+    }
+    *to = static_cast<char>(code);
+    return to + 1;
+}
+
+constexpr std::array<char, kAsciiEnd> LowerCaseTable() {
+    std::array<char, kAsciiEnd> table{};
     for (unsigned code = 0; code < table.size(); ++code) {
         const bool capital = code >= 'A' && code <= 'Z';
         table[code] = static_cast<char>(capital ? code + ('a' - 'A') : code);
     }
     return table;
 }
-constexpr std::array<char, 0x80> kLowerCase = LowerCaseTable();
+constexpr std::array<char, kAsciiEnd> kLowerCase = LowerCaseTable();
 
 }  // namespace
 
 void Append(std::string& bytes, std::wstring_view text) {
+    const std::size_t begin = bytes.size();
+    bytes.resize(begin + kMostBytes * text.size());
+    char* to = bytes.data() + begin;
     for (const wchar_t unit : text) {
-        std::array<char, kMostBytes> one{};
-        bytes.append(one.data(), Write(one.data(), unit));
+        to = Write(to, unit);
     }
+    bytes.resize(static_cast<std::size_t>(to - bytes.data()));
 }
 
 std::wstring TextOf(std::string_view bytes) {
@@ -60,7 +71,7 @@ std::wstring TextOf(std::string_view bytes) {
     for (auto at = bytes.begin(); at != bytes.end();) {
         const auto lead = static_cast<unsigned char>(*at++);
         std::uint64_t code = lead;
-        if (lead >= 0x80) {
+        if (lead >= kAsciiEnd) {
             unsigned ones = 0;
             while ((lead & (0x80U >> ones)) != 0) {
                 ++ones;
@@ -82,7 +93,7 @@ std::string_view LowerCased::operator()(std::wstring_view text) {
     char* to = m_buffer.data();
     for (const wchar_t unit : text) {
         const std::uint32_t code = CodeOf(unit);
-        if (code < kLowerCase.size()) {
+        if (code < kAsciiEnd) {
             *to++ = kLowerCase[code];
         } else {
             to = Write(to, LowerCase(unit));
