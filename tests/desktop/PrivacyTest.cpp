@@ -16,6 +16,7 @@
 #include "desktop/Com.h"
 #include "desktop/Desktop.h"
 #include "support/Guard.h"
+#include "support/StandInLibraries.h"
 #include "tests/privacy/win32/CacheFiller.h"
 
 namespace kestrelguard::testing {
@@ -60,13 +61,7 @@ class PrivacyTest : public ::testing::Test {
  protected:
     /// The program binds to the stand-in's wininet.dll in its own folder, and finds the stand-in's history.
     static void SetUpTestSuite() {
-        const wchar_t overrides[] = L"Software\\Wine\\AppDefaults\\kestrelguard.exe\\DllOverrides";
-        const wchar_t order[] = L"native,builtin";
-        HKEY key = nullptr;
-        ASSERT_EQ(ERROR_SUCCESS, RegCreateKeyExW(HKEY_CURRENT_USER, overrides, 0, nullptr, 0, KEY_WRITE,
-                                                 nullptr, &key, nullptr));
-        RegSetValueExW(key, L"wininet", 0, REG_SZ, reinterpret_cast<const BYTE*>(order), sizeof order);
-        RegCloseKey(key);
+        ASSERT_TRUE(BindToOwnWinInet());
         const HMODULE library = LoadLibraryW((OwnFolder() + L"\\url_history.dll").c_str());
         ASSERT_NE(nullptr, library);
         const auto registration = reinterpret_cast<HRESULT(WINAPI*)()>(
