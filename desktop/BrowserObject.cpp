@@ -249,6 +249,13 @@ void BrowserObject::RequestNewWindow(std::wstring url) {
     });
 }
 
+bool BrowserObject::ClickLink(const std::wstring& link) const {
+    bool clicked = false;
+    const HWND window = Window();
+    m_ui.Call([&] { clicked = PressLink(window, link); });
+    return clicked;
+}
+
 void BrowserObject::End(bool disconnectClients) {
     HWND window = nullptr;
     {

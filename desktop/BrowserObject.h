@@ -31,6 +31,8 @@ struct BrowserOptions {
     bool dressed = false;
     /// Whether the window is visible from the start.
     bool shown = false;
+    /// Whether a page has opened it.
+    bool opened = false;
     /// Whether opening it fires WindowRegistered.
     bool announced = true;
     /// Whether `Navigate` really loads, firing the events of a load. Otherwise it is only written down.
@@ -105,6 +107,8 @@ class BrowserObject final : public IWebBrowser2,
     void Load(std::wstring url);
     /// What a click on a link that asks for a new window does: NewWindow2, then the window unless cancelled.
     void RequestNewWindow(std::wstring url);
+    /// Clicks a link of the page that the dressed window shows. False when there is none.
+    bool ClickLink(const std::wstring& link) const;
     /// Whether no load or click is under way, now or within the limit (milliseconds).
     bool WaitIdle(DWORD limit) const { return m_work.WaitIdle(limit); }
     /// Does the task on the browser's own thread, after what it is doing.

@@ -295,6 +295,7 @@ void StandInDesktop::OpenWindow(BrowserObject&, const std::wstring& url,
     BrowserOptions options;
     options.url.clear();
     options.title.clear();
+    options.opened = true;
     {
         const Hold hold(m_lock);
         options.dressed = m_newDressed;

@@ -77,6 +77,9 @@ class Browser {
     void Navigate(std::wstring url) { m_object->Load(std::move(url)); }
     /// Clicks a link that asks for a new window: NewWindow2 and, unless cancelled, a new browser.
     void ClickNewWindowLink(std::wstring url) { m_object->RequestNewWindow(std::move(url)); }
+    /// Clicks a link or button of the page by the mouse, in a dressed window. False when the page has none
+    /// that leads there. What it brings about begins after this returns.
+    bool ClickLink(const std::wstring& link) const { return m_object->ClickLink(link); }
     bool WaitIdle(DWORD limit = 30000) const { return m_object->WaitIdle(limit); }
 
     // What clients did.

@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <memory>
+#include <string>
 
 namespace kestrelguard::desktop {
 
@@ -14,5 +15,9 @@ HWND CreateFrame(const std::shared_ptr<BrowserObject>& browser);
 
 /// Tells the window that its browser's page, title or status text has changed. From any thread.
 void FrameChanged(HWND window);
+
+/// Presses a link or button of the page that a dressed window shows, as the mouse does. On the thread for
+/// windows. False when the page has none that leads there.
+bool PressLink(HWND window, const std::wstring& link);
 
 }  // namespace kestrelguard::desktop

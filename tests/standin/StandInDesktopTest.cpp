@@ -4,15 +4,13 @@
 #include <gtest/gtest.h>
 #include <olectl.h>
 
+#include "support/Controls.h"
 #include "support/Process.h"
 
 namespace kestrelguard::desktop {
 namespace {
 
-using kestrelguard::testing::kLimit;
-using kestrelguard::testing::OwnFolder;
-using kestrelguard::testing::Process;
-using kestrelguard::testing::WaitUntil;
+using namespace kestrelguard::testing;
 
 /// The client in a process of its own, driven line by line.
 class Client {
@@ -443,6 +441,57 @@ TEST_F(StandInDesktopTest, WinesOwnBrowserTakesPart) {
     m_client.Ask("navigate about:blank");
     EXPECT_NE("no event", m_client.Event("browser0 250"));
     browser->Quit();
+}
+
+TEST_F(StandInDesktopTest, DressedWindowsNavigateByTheirAddressBarAndLinks) {
+    BrowserOptions options;
+    options.dressed = true;
+    Browser& browser = m_desktop.OpenBrowser(options);
+    m_client.Ask("attach");
+    const HWND address = FindInside(browser.Window(), L"Edit");
+    ASSERT_TRUE(WaitUntil([&] { return TextOf(address) == L"http://www.home.example/"; }));
+
+    Ask(address, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(L"www.news.example"));
+    PostMessageW(address, WM_KEYDOWN, VK_RETURN, 0);
+    EXPECT_TRUE(WaitUntil([&] { return browser.Title() == L"The Morning News"; }));
+    EXPECT_NE("no event", m_client.Event("browser0 259"));
+    EXPECT_TRUE(WaitUntil([&] { return TextOf(address) == L"http://www.news.example/"; }));
+    EXPECT_TRUE(WaitUntil(
+        [&] { return TextOf(browser.Window()) == L"The Morning News - Microsoft Internet Explorer"; }));
+
+    EXPECT_FALSE(browser.ClickLink(L"http://nowhere.example/"));
+    EXPECT_TRUE(browser.ClickLink(L"http://www.news.example/weather.html"));
+    EXPECT_TRUE(WaitUntil([&] { return browser.Title() == L"The Morning News - Weather"; }));
+    EXPECT_TRUE(WaitUntil([&] { return TextOf(address) == L"http://www.news.example/weather.html"; }));
+
+    Ask(address, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(L"http://www.home.example/"));
+    Click(FindInside(browser.Window(), L"Button", L"Go"));
+    EXPECT_TRUE(WaitUntil([&] { return browser.Title() == L"Home"; }));
+    EXPECT_TRUE(WaitUntil([&] { return browser.ClickLink(L"http://www.offers.example/"); }));
+    EXPECT_NE("no event", m_client.Event("browser0 251"));
+    ASSERT_TRUE(WaitUntil([&] { return m_desktop.OpenBrowsers().size() == 2; }));
+    EXPECT_TRUE(WaitUntil([&] { return m_desktop.OpenBrowsers()[1]->Title() == L"Today's Offer"; }));
+}
+
+TEST_F(StandInDesktopTest, PointingAtALinkShowsItsAddress) {
+    BrowserOptions options;
+    options.dressed = true;
+    options.shown = true;
+    const Browser& browser = m_desktop.OpenBrowser(options);
+    m_client.Ask("attach");
+    const HWND page = FindInside(browser.Window(), L"StandInPage");
+    const RECT place = RectOf(page);
+    // Down the page until the pointer meets a link.
+    LONG y = place.top;
+    EXPECT_TRUE(WaitUntil([&] {
+        y = y + 4 < place.bottom ? y + 4 : place.top;
+        SetCursorPos(place.left + 60, y);
+        return browser.StatusText() == L"http://www.news.example/";
+    }));
+    EXPECT_EQ("event browser0 102 args 1: \"http://www.news.example/\"",
+              m_client.Event("browser0 102 args 1: \"h"));
+    const HWND status = FindInside(browser.Window(), L"msctls_statusbar32");
+    EXPECT_TRUE(WaitUntil([&] { return TextOf(status) == L" http://www.news.example/"; }));
 }
 
 TEST_F(StandInDesktopTest, FiftyWindowsOpenAndClose) {
