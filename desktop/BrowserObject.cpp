@@ -256,6 +256,13 @@ bool BrowserObject::ClickLink(const std::wstring& link) const {
     return clicked;
 }
 
+RECT BrowserObject::LinkPlace(const std::wstring& link) const {
+    RECT place{};
+    const HWND window = Window();
+    m_ui.Call([&] { place = desktop::LinkPlace(window, link); });
+    return place;
+}
+
 void BrowserObject::End(bool disconnectClients) {
     HWND window = nullptr;
     {

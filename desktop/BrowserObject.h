@@ -109,6 +109,8 @@ class BrowserObject final : public IWebBrowser2,
     void RequestNewWindow(std::wstring url);
     /// Clicks a link of the page that the dressed window shows. False when there is none.
     bool ClickLink(const std::wstring& link) const;
+    /// Where that link is on the screen; empty when there is none.
+    RECT LinkPlace(const std::wstring& link) const;
     /// Whether no load or click is under way, now or within the limit (milliseconds).
     bool WaitIdle(DWORD limit) const { return m_work.WaitIdle(limit); }
     /// Does the task on the browser's own thread, after what it is doing.

@@ -80,6 +80,8 @@ class Browser {
     /// Clicks a link or button of the page by the mouse, in a dressed window. False when the page has none
     /// that leads there. What it brings about begins after this returns.
     bool ClickLink(const std::wstring& link) const { return m_object->ClickLink(link); }
+    /// Where a link or button of the page is on the screen, for pointing at it; empty when there is none.
+    RECT LinkPlace(const std::wstring& link) const { return m_object->LinkPlace(link); }
     bool WaitIdle(DWORD limit = 30000) const { return m_object->WaitIdle(limit); }
 
     // What clients did.

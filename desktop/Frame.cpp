@@ -67,6 +67,7 @@ class Frame {
 
     static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
     bool PressLink(const std::wstring& link) const;
+    RECT LinkPlace(const std::wstring& link) const;
 
  private:
     static LRESULT CALLBACK AddressProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam,
@@ -175,6 +176,14 @@ bool Frame::PressLink(const std::wstring& link) const {
     PostMessageW(m_view->Window(), WM_LBUTTONDOWN, MK_LBUTTON, point);
     PostMessageW(m_view->Window(), WM_LBUTTONUP, 0, point);
     return true;
+}
+
+RECT Frame::LinkPlace(const std::wstring& link) const {
+    RECT place = m_view ? m_view->PlaceOf(link) : RECT{};
+    if (!IsRectEmpty(&place)) {
+        MapWindowPoints(m_view->Window(), nullptr, reinterpret_cast<POINT*>(&place), 2);
+    }
+    return place;
 }
 
 LRESULT Frame::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
@@ -294,6 +303,11 @@ void FrameChanged(HWND window) {
 bool PressLink(HWND window, const std::wstring& link) {
     const auto* frame = reinterpret_cast<const Frame*>(GetWindowLongPtrW(window, GWLP_USERDATA));
     return frame != nullptr && frame->PressLink(link);
+}
+
+RECT LinkPlace(HWND window, const std::wstring& link) {
+    const auto* frame = reinterpret_cast<const Frame*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+    return frame != nullptr ? frame->LinkPlace(link) : RECT{};
 }
 
 }  // namespace kestrelguard::desktop

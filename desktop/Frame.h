@@ -20,4 +20,7 @@ void FrameChanged(HWND window);
 /// windows. False when the page has none that leads there.
 bool PressLink(HWND window, const std::wstring& link);
 
+/// Where that link or button is on the screen; empty when there is none. On the thread for windows.
+RECT LinkPlace(HWND window, const std::wstring& link);
+
 }  // namespace kestrelguard::desktop
