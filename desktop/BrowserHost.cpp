@@ -9,6 +9,7 @@
 #include <stdexcept>
 
 #include "desktop/BrowserObject.h"
+#include "desktop/KeptInterfaces.h"
 
 namespace kestrelguard::desktop {
 
@@ -59,6 +60,7 @@ int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {
     LocalFree(arguments);
     try {
         const Apartment apartment;
+        const KeptInterfaces keptInterfaces;
         return Host().Run(url, title);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "browser_host: %s\n", error.what());

@@ -10,6 +10,7 @@
 
 #include "desktop/BrowserObject.h"
 #include "desktop/Events.h"
+#include "desktop/KeptInterfaces.h"
 #include "desktop/ShellWindowsObject.h"
 
 namespace kestrelguard::desktop {
@@ -216,6 +217,7 @@ class StandInDesktop final : private BrowserOwner {
     void Close(Browser& browser);
 
     Apartment m_apartment;
+    KeptInterfaces m_keptInterfaces;
     UiThread m_ui;
     std::shared_ptr<ShellWindowsObject> m_list;
     std::unique_ptr<ServedClass> m_class;

@@ -1,0 +1,67 @@
+#include "desktop/KeptInterfaces.h"
+
+#include <exdisp.h>
+#include <ocidl.h>
+
+#include <algorithm>
+#include <array>
+#include <memory>
+
+namespace kestrelguard::desktop {
+
+namespace {
+
+const std::array kInterfaces = {IID_IDispatch,        IID_IEnumVARIANT,     IID_IConnectionPointContainer,
+                                IID_IConnectionPoint, IID_IWebBrowser2,     IID_IShellWindows,
+                                IID_IClassFactory,    IID_IProvideClassInfo};
+
+/// Says that it has each of the interfaces, for nobody to call.
+class Placeholder final : public IUnknown {
+ public:
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) noexcept override {
+        const bool has = iid == IID_IUnknown || std::count(kInterfaces.begin(), kInterfaces.end(), iid) > 0;
+        *object = has ? this : nullptr;
+        if (!has) {
+            return E_NOINTERFACE;
+        }
+        AddRef();
+        return S_OK;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() noexcept override {
+        return static_cast<ULONG>(InterlockedIncrement(&m_references));
+    }
+    ULONG STDMETHODCALLTYPE Release() noexcept override {
+        const LONG left = InterlockedDecrement(&m_references);
+        if (left == 0) {
+            const std::unique_ptr<Placeholder> last(this);
+        }
+        return static_cast<ULONG>(left);
+    }
+
+ private:
+    LONG m_references = 0;
+};
+
+}  // namespace
+
+KeptInterfaces::KeptInterfaces() {
+    const ComPtr<IUnknown> placeholder(std::make_unique<Placeholder>().release());
+    for (const IID& iid : kInterfaces) {
+        ComPtr<IStream> reference;
+        if (SUCCEEDED(CreateStreamOnHGlobal(nullptr, TRUE, reference.Put())) &&
+            SUCCEEDED(CoMarshalInterface(reference.Get(), iid, placeholder.Get(), MSHCTX_LOCAL, nullptr,
+                                         MSHLFLAGS_TABLESTRONG))) {
+            m_references.push_back(std::move(reference));
+        }
+    }
+}
+
+KeptInterfaces::~KeptInterfaces() {
+    for (const auto& reference : m_references) {
+        if (SUCCEEDED(reference->Seek(LARGE_INTEGER{}, STREAM_SEEK_SET, nullptr))) {
+            CoReleaseMarshalData(reference.Get());
+        }
+    }
+}
+
+}  // namespace kestrelguard::desktop
