@@ -1,0 +1,112 @@
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "controls/win32/Win32Controls.h"
+#include "runtime/RunTimeError.h"
+#include "runtime/win32/Owners.h"
+
+namespace kestrelguard {
+namespace {
+
+struct ListBoxControlTest : testing::Test {
+    ListBoxControlTest()
+        : parent(
+              CreateWindowExA(0, "Static", "", WS_POPUP, 0, 0, 100, 100, nullptr, nullptr, nullptr, nullptr)),
+          list(CreateWindowExA(0, "ListBox", "", WS_CHILD | WS_VISIBLE | LBS_HASSTRINGS, 0, 0, 100, 100,
+                               parent.Get(), nullptr, nullptr, nullptr)) {
+        control.Attach(list);
+    }
+
+    /// The rows as any other program reads them.
+    std::string Rows() const {
+        std::string rows;
+        const LRESULT count = SendMessageA(list, LB_GETCOUNT, 0, 0);
+        for (LRESULT row = 0; row < count; ++row) {
+            char text[100] = {};
+            SendMessageA(list, LB_GETTEXT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(text));
+            rows += std::string(text) + ";";
+        }
+        return rows;
+    }
+
+    Window parent;
+    HWND list;
+    ListBoxControl control;
+};
+
+TEST_F(ListBoxControlTest, AppendsAndRemovesRows) {
+    control.Append(L"a");
+    control.Append(L"b");
+    EXPECT_EQ("a;b;", Rows());
+    EXPECT_EQ(L"b", control.Row(1));
+    EXPECT_EQ(L"", control.Row(2));
+    control.Remove(0);
+    EXPECT_EQ(1, control.Count());
+    EXPECT_THROW(control.Remove(1), RunTimeError);
+    control.SelectRow(0);
+    EXPECT_EQ(0, control.SelectedRow());
+}
+
+TEST_F(ListBoxControlTest, RowsThatWaitAreThereForWhoeverAsks) {
+    control.FillWhenSeen();
+    {
+        const ListFill fill(control);
+        control.Append(L"a");
+        control.Append(L"");
+        control.Append(L"c");
+    }
+    EXPECT_EQ("a;;c;", Rows());
+    control.Append(L"d");
+    EXPECT_EQ(4, control.Count());
+    EXPECT_EQ(L"d", control.Row(3));
+}
+
+TEST_F(ListBoxControlTest, ARowIsRemovedFromThoseThatWait) {
+    control.FillWhenSeen();
+    control.Append(L"a");
+    control.Append(L"b");
+    control.Remove(0);
+    EXPECT_EQ("b;", Rows());
+}
+
+TEST_F(ListBoxControlTest, ClearingTakesTheRowsThatWaitToo) {
+    control.FillWhenSeen();
+    control.Append(L"a");
+    control.Clear();
+    EXPECT_EQ("", Rows());
+}
+
+TEST_F(ListBoxControlTest, RowsThatWaitAreGivenWhenTheListIsShown) {
+    control.FillWhenSeen();
+    for (int row = 0; row < 1000; ++row) {
+        control.Append(L"row");
+    }
+    ShowWindow(parent.Get(), SW_SHOWNA);
+    UpdateWindow(list);
+    // A row that is added now goes straight to the window, behind those that waited.
+    control.Append(L"last");
+    EXPECT_EQ(1001, control.Count());
+    EXPECT_EQ(L"last", control.Row(1000));
+}
+
+TEST_F(ListBoxControlTest, TheWindowOutlivesTheControl) {
+    {
+        ListBoxControl shortLived;
+        shortLived.Attach(list);
+        shortLived.FillWhenSeen();
+    }
+    EXPECT_EQ("", Rows());
+}
+
+TEST_F(ListBoxControlTest, TheControlOutlivesTheWindow) {
+    control.FillWhenSeen();
+    control.Append(L"a");
+    parent.Reset();
+    EXPECT_EQ(0, control.Count());
+}
+
+}  // namespace
+}  // namespace kestrelguard
