@@ -32,7 +32,7 @@ box() {
             boxed+=(--symlink "$(readlink "$entry")" "$name")
         else
             case $name in
-            /bin | /etc | /lib* | /opt | /sbin | /usr | /var) boxed+=(--ro-bind "$entry" "$name") ;;
+            /bin | /etc | /lib* | /sbin | /usr) boxed+=(--ro-bind "$entry" "$name") ;;
             esac
         fi
     done

@@ -15,6 +15,15 @@ status=0
 "$run" cmd /c exit 42 || status=$?
 [ "$status" = 42 ] || wrong "exit code 42 came through as $status"
 
+# From any folder.
+for folder in / /tmp /usr/share "$work"; do
+    status=0
+    (cd "$folder" && "$run" cmd /c exit 42) || status=$?
+    [ "$status" = 42 ] || wrong "started in $folder, exit code 42 came through as $status"
+done
+(cd "$work" && "$run" cmd /c 'echo seen>seen.txt') && grep -q seen "$work/seen.txt" ||
+    wrong "a program cannot write in the folder it was started from"
+
 # From outside: two programs one after the other see the same files, a variable of the caller reaches them, the
 # desktop has its size, and the command's own exit code is the session's.
 cat >"$work/outside" <<'SCRIPT'
