@@ -304,11 +304,13 @@ std::wstring KG_IECache::StringFromPointer(const char* p) {
 void KG_IECache::CopyText(const char* p, std::wstring& text) {
     m_ansiAddress.resize(static_cast<std::size_t>(m_platform.text.lstrlenA(p)));
     m_platform.text.lstrcpyA(m_ansiAddress.data(), p);
-    if (std::all_of(m_ansiAddress.begin(), m_ansiAddress.end(),
-                    [](char letter) { return static_cast<unsigned char>(letter) < 0x80; })) {
-        text.resize(m_ansiAddress.size());
-        std::copy(m_ansiAddress.begin(), m_ansiAddress.end(), text.begin());
-    } else {
+    text.resize(m_ansiAddress.size());
+    unsigned all = 0;
+    std::transform(m_ansiAddress.begin(), m_ansiAddress.end(), text.begin(), [&all](char letter) {
+        all |= static_cast<unsigned char>(letter);
+        return static_cast<wchar_t>(letter);
+    });
+    if (all >= 0x80) {
         text = m_platform.text.FromAnsi(m_ansiAddress);
     }
 }

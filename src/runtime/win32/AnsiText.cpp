@@ -49,12 +49,18 @@ std::string ToAnsi(std::wstring_view text) {
 }
 
 AnsiArgument::AnsiArgument(std::wstring_view text) {
-    if (text.size() < m_short.size() && SevenBit(text)) {
-        const auto end = std::transform(text.begin(), text.end(), m_short.begin(), Narrow);
-        *end = '\0';
-    } else {
-        m_text = ToAnsi(text);
+    if (text.size() < m_short.size()) {
+        unsigned all = 0;
+        const auto end = std::transform(text.begin(), text.end(), m_short.begin(), [&all](wchar_t letter) {
+            all |= letter;
+            return static_cast<char>(letter);
+        });
+        if (all < 0x80) {
+            *end = '\0';
+            return;
+        }
     }
+    m_text = ToAnsi(text);
 }
 
 std::wstring FromAnsi(std::string_view text) {
