@@ -13,6 +13,8 @@ BrowserOptions At(const wchar_t* url, const wchar_t* title) {
     BrowserOptions options;
     options.url = url;
     options.title = title;
+    options.dressed = true;
+    options.shown = true;
     return options;
 }
 
@@ -56,6 +58,8 @@ void PlayPopup(Stage& stage) {
     say.Expect(cancelled, L"new window cancelled: " + YesNo(cancelled));
     say.Expect(guard->Today() == L"1", L"New Browsers Stopped Today: " + guard->Today());
     say.Expect(guard->Total() == L"1", L"New Browsers Stopped Total: " + guard->Total());
+    SetForegroundWindow(guard->Window());
+    say.Picture(L"popup-stopped");
 
     say.Step(L"And once more.");
     const EventResult again = sesame.FireNewWindow2();
@@ -66,7 +70,9 @@ void PlayPopup(Stage& stage) {
     say.Expect(guard->Minimise(), L"its icon stands in the notification area");
     const std::wstring tip = guard->Tip();
     say.Expect(tip == L" Kestrelguard v2 - Preventing Popups: 2", L"tip:" + tip);
+    say.Picture(L"tray-tip");
     ShowLines(say, L"menu of the right button", guard->OpenTrayMenu().Captions());
+    say.Picture(L"tray-menu");
 
     say.Step(L"\"Prevent Popups\" is chosen in the menu: popups are allowed now.");
     guard->Inside().Choose(L"Prevent Popups = 2");
@@ -84,6 +90,7 @@ void PlayPopup(Stage& stage) {
     const PendingEvent asked = sesame.Start(EventCall::NewWindow2());
     const testing::MessageBoxSeen box = testing::WaitMessageBox(guard->Program().Id());
     ShowLines(say, box.caption, LinesOf(std::string(box.text.begin(), box.text.end())));
+    say.Picture(L"prompt");
     say.Expect(!asked.Done(), L"the browser waits for the answer");
     testing::Dismiss(box);
     say.Expect(!asked.Result().cancel, L"after OK the window may open");

@@ -50,6 +50,25 @@ bool Transcript::Expect(bool so, const std::wstring& what) {
     return so;
 }
 
+void Transcript::Picture(const std::wstring& name, const RECT* part) {
+    wchar_t folder[MAX_PATH];
+    const DWORD length = GetEnvironmentVariableW(L"KESTRELGUARD_PICTURES", folder, MAX_PATH);
+    if (length == 0 || length >= MAX_PATH) {
+        return;
+    }
+    std::wstring line = L"picture: " + name;
+    if (part != nullptr) {
+        line += L" " + std::to_wstring(part->right - part->left) + L"x" +
+                std::to_wstring(part->bottom - part->top) + L"+" + std::to_wstring(part->left) + L"+" +
+                std::to_wstring(part->top);
+    }
+    Write(line);
+    const std::wstring file = L"Z:" + std::wstring(folder) + L"/" + name + L".png";
+    const bool taken = testing::WaitUntil(
+        [&] { return GetFileAttributesW(file.c_str()) != INVALID_FILE_ATTRIBUTES; }, 30000);
+    Expect(taken, taken ? L"(picture: " + name + L".png)" : L"no picture was taken: " + name);
+}
+
 int Play(const Request& request) {
     for (const Scene& scene : kScenes) {
         if (request.name == scene.name) {

@@ -29,6 +29,9 @@ class Transcript {
     void Show(const std::wstring& name, const std::wstring& value);
     /// Something that must be so; a line that says "NOT AS EXPECTED" when it is not.
     bool Expect(bool so, const std::wstring& what);
+    /// Has a picture of the screen taken, or of a part of it, when somebody does that (scripts/play); waits
+    /// until it is there.
+    void Picture(const std::wstring& name, const RECT* part = nullptr);
     int Failures() const { return m_failures; }
 
  private:
