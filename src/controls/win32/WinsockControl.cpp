@@ -8,8 +8,8 @@
 
 #include "controls/WinsockErrors.h"
 #include "runtime/Edge.h"
-#include "runtime/Text.h"
 #include "runtime/Numbers.h"
+#include "runtime/Text.h"
 #include "runtime/win32/AnsiText.h"
 
 namespace kestrelguard {

@@ -1,5 +1,5 @@
-// What the C++ library's own handler would print nobody could read: this program has no console. Ours ends it as
-// plainly, without the forty kilobytes that make type names readable.
+// What the C++ library's own handler would print nobody could read: this program has no console. Ours ends it
+// as plainly, without the forty kilobytes that make type names readable.
 #include <cstdlib>
 #include <exception>
 
