@@ -131,9 +131,10 @@ void CacheForm::CreateWindows() {
     windowClass.lpszClassName = kClass;
     RegisterClassA(&windowClass);  // fails the second time, which is as good
 
-    m_window = CreateWindowExA(WS_EX_CONTROLPARENT, kClass, m_parts.caption, WS_OVERLAPPEDWINDOW,
-                               CW_USEDEFAULT, CW_USEDEFAULT, ToPixels(m_layout.width),
-                               ToPixels(m_layout.height), nullptr, nullptr, instance, nullptr);
+    m_window =
+        CreateWindowExA(WS_EX_CONTROLPARENT, kClass, m_parts.caption, WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN,
+                        CW_USEDEFAULT, CW_USEDEFAULT, ToPixels(m_layout.width), ToPixels(m_layout.height),
+                        nullptr, nullptr, instance, nullptr);
     if (m_window == nullptr) {
         throw RunTimeError(RunTimeError::kOutOfMemory);
     }
@@ -285,9 +286,12 @@ void CacheForm::Form_Resize() {
 void CacheForm::ApplyLayout() {
     for (const ControlRow& row : kControls) {
         const TwipsRect& place = m_layout.*row.place;
-        MoveWindow(Control(row.id), ToPixels(place.left), ToPixels(place.top), ToPixels(place.width),
-                   ToPixels(place.height), TRUE);
+        SetWindowPos(Control(row.id), nullptr, ToPixels(place.left), ToPixels(place.top),
+                     ToPixels(place.width), ToPixels(place.height),
+                     SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOCOPYBITS);
     }
+    // Controls that trade places leave gaps in each other; the window is painted once, whole.
+    RedrawWindow(m_window, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_ALLCHILDREN);
 }
 
 }  // namespace kestrelguard
