@@ -341,6 +341,11 @@ void FormWindow::FillTabs() {
         SendMessageA(Control(kKGTabs), TCM_INSERTITEMA, static_cast<WPARAM>(index),
                      reinterpret_cast<LPARAM>(&item));
     }
+    // The tabs fill the strip at any size of the screen's dots; the line below them is where the page begins.
+    constexpr int kAroundTabs = 5;
+    RECT strip = {};
+    GetClientRect(Control(kKGTabs), &strip);
+    SendMessageA(Control(kKGTabs), TCM_SETITEMSIZE, 0, MAKELPARAM(0, strip.bottom - kAroundTabs));
     ShowPage(0, true);
 }
 
