@@ -196,7 +196,7 @@ void BrowserObject::Changed() const {
     FrameChanged(Window());
 }
 
-void BrowserObject::Load(std::wstring url) {
+void BrowserObject::Load(const std::wstring& url) {
     Post([self = shared_from_this(), url = CompleteAddress(url)] { self->LoadNow(url); });
 }
 
@@ -240,7 +240,7 @@ void BrowserObject::LoadNow(const std::wstring& url) {
     }
 }
 
-void BrowserObject::RequestNewWindow(std::wstring url) {
+void BrowserObject::RequestNewWindow(const std::wstring& url) {
     Post([self = shared_from_this(), url = CompleteAddress(url)] {
         const EventResult result = self->m_events.Deliver(EventCall::NewWindow2());
         if (!result.cancel) {

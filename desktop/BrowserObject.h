@@ -104,9 +104,9 @@ class BrowserObject final : public IWebBrowser2,
     void BeforeRead(Property property, Task task, int times);
 
     /// Loads a page as a user would: asynchronously, with all events.
-    void Load(std::wstring url);
+    void Load(const std::wstring& url);
     /// What a click on a link that asks for a new window does: NewWindow2, then the window unless cancelled.
-    void RequestNewWindow(std::wstring url);
+    void RequestNewWindow(const std::wstring& url);
     /// Clicks a link of the page that the dressed window shows. False when there is none.
     bool ClickLink(const std::wstring& link) const;
     /// Where that link is on the screen; empty when there is none.

@@ -75,9 +75,9 @@ class Browser {
 
     // What a user does. The events come from the browser's own thread; WaitIdle waits for their end.
     /// Loads an address typed or clicked: BeforeNavigate2 and, unless cancelled, all events of a load.
-    void Navigate(std::wstring url) { m_object->Load(std::move(url)); }
+    void Navigate(const std::wstring& url) { m_object->Load(url); }
     /// Clicks a link that asks for a new window: NewWindow2 and, unless cancelled, a new browser.
-    void ClickNewWindowLink(std::wstring url) { m_object->RequestNewWindow(std::move(url)); }
+    void ClickNewWindowLink(const std::wstring& url) { m_object->RequestNewWindow(url); }
     /// Clicks a link or button of the page by the mouse, in a dressed window. False when the page has none
     /// that leads there. What it brings about begins after this returns.
     bool ClickLink(const std::wstring& link) const { return m_object->ClickLink(link); }

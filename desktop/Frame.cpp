@@ -285,7 +285,7 @@ HWND CreateFrame(const std::shared_ptr<BrowserObject>& browser) {
                         WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN, place.x, place.y, MulDiv(size.cx, dpi, 96),
                         MulDiv(size.cy, dpi, 96), nullptr, nullptr, GetModuleHandleW(nullptr), frame.get());
     if (window != nullptr) {
-        frame.release();  // WM_NCDESTROY takes it back
+        static_cast<void>(frame.release());  // WM_NCDESTROY takes it back
         if (shown) {
             ShowWindow(window, SW_SHOWNORMAL);
             SetForegroundWindow(window);

@@ -129,15 +129,16 @@ class Factory final : public IClassFactory {
     std::shared_ptr<ShellWindowsObject> m_object;
 };
 
-void WriteKey(const wchar_t* path, const wchar_t* value) {
+void WriteKey(const wchar_t* path, const std::wstring& value) {
     HKEY key = nullptr;
     const std::wstring whole = std::wstring(L"Software\\Classes\\") + path;
     if (RegCreateKeyExW(HKEY_LOCAL_MACHINE, whole.c_str(), 0, nullptr, 0, KEY_SET_VALUE, nullptr, &key,
                         nullptr) != ERROR_SUCCESS) {
         throw std::runtime_error("the registry cannot be written");
     }
-    RegSetValueExW(key, nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(value),
-                   static_cast<DWORD>((std::wcslen(value) + 1) * sizeof(wchar_t)));
+    const std::size_t size = (value.size() + 1) * sizeof(wchar_t);
+    RegSetValueExW(key, nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(value.c_str()),
+                   static_cast<DWORD>(size));
     RegCloseKey(key);
 }
 

@@ -37,7 +37,7 @@ void RunDetached(Task task) {
     if (!thread) {
         throw std::runtime_error("no thread");
     }
-    parameter.release();  // the thread owns it from here on
+    static_cast<void>(parameter.release());  // the thread owns it from here on
 }
 
 struct WorkQueue::State {

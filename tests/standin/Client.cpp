@@ -22,12 +22,14 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cwchar>
+#include <deque>
 #include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "desktop/Com.h"
+#include "desktop/Threads.h"
 
 namespace {
 
@@ -36,7 +38,7 @@ using namespace kestrelguard::desktop;
 constexpr UINT kCommand = WM_APP + 1;
 
 struct Behaviour {
-    int cancel = 0;
+    long cancel = 0;
     bool replace = false;
     HRESULT failure = S_OK;
     std::wstring description;
@@ -289,7 +291,7 @@ bool Do(const std::string& command) {
         HRESULT hr = Open();
         ComPtr<IDispatch> found;
         if (SUCCEEDED(hr)) {
-            hr = g_list->Item(Variant::Long(std::atoi(rest.c_str())), found.Put());
+            hr = g_list->Item(Variant::Long(std::strtol(rest.c_str(), nullptr, 10)), found.Put());
         }
         Answer(hr, found ? "object" : "nothing");
     } else if (verb == "navigate") {
@@ -298,7 +300,7 @@ bool Do(const std::string& command) {
         Answer(g_browsers.empty() ? E_FAIL
                                   : g_browsers[0]->Navigate2(&url, &none[0], &none[1], &none[2], &none[3]));
     } else if (verb == "cancel") {
-        g_behaviour.cancel = std::atoi(rest.c_str());
+        g_behaviour.cancel = std::strtol(rest.c_str(), nullptr, 10);
         Answer(S_OK);
     } else if (verb == "replace") {
         g_behaviour.replace = true;
@@ -321,6 +323,9 @@ bool Do(const std::string& command) {
     return true;
 }
 
+Lock g_commandLock;
+std::deque<std::string> g_commands;
+
 DWORD WINAPI ReadCommands(void* parameter) noexcept {
     const DWORD mainThread = *static_cast<DWORD*>(parameter);
     const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
@@ -329,8 +334,11 @@ DWORD WINAPI ReadCommands(void* parameter) noexcept {
     DWORD got = 0;
     while (ReadFile(input, &c, 1, &got, nullptr) && got == 1) {
         if (c == '\n') {
-            auto command = std::make_unique<std::string>(std::exchange(line, {}));
-            PostThreadMessageW(mainThread, kCommand, 0, reinterpret_cast<LPARAM>(command.release()));
+            {
+                const Hold hold(g_commandLock);
+                g_commands.push_back(std::exchange(line, {}));
+            }
+            PostThreadMessageW(mainThread, kCommand, 0, 0);
         } else if (c != '\r') {
             line += c;
         }
@@ -350,8 +358,13 @@ int main() {
     CloseHandle(reader);
     while (GetMessageW(&message, nullptr, 0, 0) > 0) {
         if (message.hwnd == nullptr && message.message == kCommand) {
-            const std::unique_ptr<std::string> command(reinterpret_cast<std::string*>(message.lParam));
-            if (!Do(*command)) {
+            std::string command;
+            {
+                const Hold hold(g_commandLock);
+                command = g_commands.front();
+                g_commands.pop_front();
+            }
+            if (!Do(command)) {
                 break;
             }
             continue;

@@ -131,7 +131,8 @@ void SelectNode(HWND tree, HTREEITEM item) {
 
 bool NodeRect(HWND tree, HTREEITEM item, RECT& rect) {
     const RemoteBlock block(tree, sizeof(RECT));
-    block.Write(&item, sizeof(item));  // the record takes the node in and gives the rectangle back
+    const auto handle = reinterpret_cast<UINT_PTR>(item);
+    block.Write(&handle, sizeof(handle));  // the record takes the node in and gives the rectangle back
     if (Ask(tree, TVM_GETITEMRECT, TRUE, block.Address()) == 0) {
         return false;
     }
