@@ -14,6 +14,7 @@ struct Scene {
 
 constexpr Scene kScenes[] = {
     {L"popup", PlayPopup},
+    {L"update", PlayUpdate},
 };
 
 std::string ToLocal(const std::wstring& text) {

@@ -52,6 +52,7 @@ int Play(const Request& request);
 
 // The scenes.
 void PlayPopup(Stage& stage);
+void PlayUpdate(Stage& stage);
 
 /// The names of all scenes, in the order in which they are worth watching.
 std::vector<std::wstring> Names();
