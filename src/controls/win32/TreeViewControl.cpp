@@ -66,7 +66,7 @@ void TreeViewControl::Add(const std::wstring& parent, const std::wstring& key, c
         m_items.erase(place);
         throw;
     }
-    if (above != nullptr && std::exchange(above->expandWithChildren, false)) {
+    if (above != nullptr && std::exchange(above->expandWithChildren, false) && !Expanded(*above)) {
         Send(TVM_EXPAND, TVE_EXPAND, reinterpret_cast<LPARAM>(above->item));
     }
 }
@@ -74,11 +74,31 @@ void TreeViewControl::Add(const std::wstring& parent, const std::wstring& key, c
 void TreeViewControl::Expand(const std::wstring& key) {
     Item& node = Existing(key);
     if (Next(TVGN_CHILD, node.item) == nullptr) {
-        // The control itself forgets an expansion that has nothing to show.
-        node.expandWithChildren = true;
+        ExpandWithChildren(node);
     } else {
         Send(TVM_EXPAND, TVE_EXPAND, reinterpret_cast<LPARAM>(node.item));
     }
+}
+
+bool TreeViewControl::Expanded(const Item& node) const {
+    TVITEMA data = {};
+    data.mask = TVIF_HANDLE | TVIF_STATE;
+    data.hItem = node.item;
+    data.stateMask = TVIS_EXPANDED;
+    Send(TVM_GETITEMA, 0, reinterpret_cast<LPARAM>(&data));
+    return (data.state & TVIS_EXPANDED) != 0;
+}
+
+void TreeViewControl::ExpandWithChildren(Item& node) {
+    // TVM_EXPAND does nothing for a node without children, and with them it scrolls until they are in view. A
+    // node that is marked as open before they come does neither.
+    TVITEMA data = {};
+    data.mask = TVIF_HANDLE | TVIF_STATE;
+    data.hItem = node.item;
+    data.state = TVIS_EXPANDED;
+    data.stateMask = TVIS_EXPANDED;
+    Send(TVM_SETITEMA, 0, reinterpret_cast<LPARAM>(&data));
+    node.expandWithChildren = true;
 }
 
 void TreeViewControl::SetText(const std::wstring& key, const std::wstring& text) {
@@ -102,20 +122,14 @@ void TreeViewControl::Remove(const std::wstring& key) {
     std::vector<TreeNode> gone{node.node};
     Walk(Next(TVGN_CHILD, node.item), gone);
     Item* const above = node.parent;
-    TVITEMA state = {};
-    state.mask = TVIF_HANDLE | TVIF_STATE;
-    state.stateMask = TVIS_EXPANDED;
-    if (above != nullptr) {
-        state.hItem = above->item;
-        Send(TVM_GETITEMA, 0, reinterpret_cast<LPARAM>(&state));
-    }
+    const bool aboveWasOpen = above != nullptr && Expanded(*above);
     Send(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(node.item));
     for (const TreeNode& each : gone) {
         m_items.erase(each.key);
     }
-    if (above != nullptr && (state.state & TVIS_EXPANDED) != 0 && Next(TVGN_CHILD, above->item) == nullptr) {
+    if (aboveWasOpen && Next(TVGN_CHILD, above->item) == nullptr) {
         // An open node that lost its last child opens again with the next one.
-        above->expandWithChildren = true;
+        ExpandWithChildren(*above);
     }
 }
 

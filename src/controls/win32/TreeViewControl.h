@@ -41,6 +41,8 @@ class TreeViewControl final : public Tree {
 
     Item& Existing(const std::wstring& key) const;
     const Item& ItemOf(HTREEITEM item) const;
+    bool Expanded(const Item& node) const;
+    void ExpandWithChildren(Item& node);
     HTREEITEM Next(UINT relation, HTREEITEM item) const;
     void Walk(HTREEITEM first, std::vector<TreeNode>& nodes) const;
     LRESULT Send(UINT message, WPARAM wParam, LPARAM lParam) const {

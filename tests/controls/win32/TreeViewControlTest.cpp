@@ -142,6 +142,26 @@ TEST_F(TreeViewControlTest, ANodeExpandedBeforeItHasChildrenOpensWithThem) {
     EXPECT_FALSE(Open(FirstBrowser()));
 }
 
+TEST_F(TreeViewControlTest, BuildingALongTreeLeavesItsTopInView) {
+    ShowWindow(m_window.Get(), SW_SHOWNOACTIVATE);
+    tree.Add(L"", L"ROOT", L"r", 2);
+    tree.Expand(L"ROOT");
+    for (int browser = 0; browser < 50; ++browser) {
+        const std::wstring key = L"_" + std::to_wstring(browser);
+        tree.Add(L"ROOT", key, L"b", 3);
+        tree.Expand(key);
+        tree.Add(key, key + L"_TITLE", L"t", 1);
+        tree.Add(key, key + L"_URL", L"u", 1);
+    }
+    EXPECT_EQ(Next(TVGN_FIRSTVISIBLE, nullptr), Root());
+    // Everything is open: each row follows the one above.
+    int rows = 0;
+    for (HTREEITEM item = Root(); item != nullptr; item = Next(TVGN_NEXTVISIBLE, item)) {
+        ++rows;
+    }
+    EXPECT_EQ(rows, 151);
+}
+
 TEST_F(TreeViewControlTest, ANodeExpandedAfterItHasChildrenOpensAtOnce) {
     AddThreeLevels();
     EXPECT_FALSE(Open(Root()));
