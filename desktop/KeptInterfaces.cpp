@@ -2,6 +2,7 @@
 
 #include <exdisp.h>
 #include <ocidl.h>
+#include <servprov.h>
 
 #include <algorithm>
 #include <array>
@@ -11,9 +12,10 @@ namespace kestrelguard::desktop {
 
 namespace {
 
-const std::array kInterfaces = {IID_IDispatch,        IID_IEnumVARIANT,     IID_IConnectionPointContainer,
-                                IID_IConnectionPoint, IID_IWebBrowser2,     IID_IShellWindows,
-                                IID_IClassFactory,    IID_IProvideClassInfo};
+const std::array kInterfaces = {IID_IDispatch,        IID_IEnumVARIANT,      IID_IConnectionPointContainer,
+                                IID_IConnectionPoint, IID_IWebBrowser2,      IID_IShellWindows,
+                                IID_IClassFactory,    IID_IProvideClassInfo, IID_IUnknown,
+                                IID_IServiceProvider};  // Wine's own way to a class object
 
 /// Says that it has each of the interfaces, for nobody to call.
 class Placeholder final : public IUnknown {
