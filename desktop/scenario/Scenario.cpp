@@ -13,8 +13,8 @@ struct Scene {
 };
 
 constexpr Scene kScenes[] = {
-    {L"popup", PlayPopup},
-    {L"update", PlayUpdate},
+    {L"popup", PlayPopup}, {L"blocking", PlayBlocking}, {L"cleaning", PlayCleaning},
+    {L"cache", PlayCache}, {L"update", PlayUpdate},
 };
 
 std::string ToLocal(const std::wstring& text) {

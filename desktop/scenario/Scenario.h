@@ -52,6 +52,9 @@ int Play(const Request& request);
 
 // The scenes.
 void PlayPopup(Stage& stage);
+void PlayBlocking(Stage& stage);
+void PlayCleaning(Stage& stage);
+void PlayCache(Stage& stage);
 void PlayUpdate(Stage& stage);
 
 /// The names of all scenes, in the order in which they are worth watching.
