@@ -12,7 +12,10 @@ CountedTexts::Added CountedTexts::Add(std::string_view text) {
         ++m_entries[known].count;
         return {known, false};
     }
-    MakePlace();
+    constexpr std::size_t kFullFifths = 4;
+    if (m_count >= m_tags.size() / 5 * kFullFifths) {
+        GrowPlaces();
+    }
     MakeRoom(text.size());
     const std::size_t begin = m_bytes.size();
     m_bytes.append(text);
@@ -29,7 +32,7 @@ CountedTexts::Added CountedTexts::Add(std::string_view text) {
         }
     }
     m_entries[row] = {static_cast<std::uint32_t>(begin), static_cast<std::uint32_t>(text.size()), 1};
-    m_places[FreePlace(hash)] = {hash, row};
+    TakePlace(hash, row);
     ++m_count;
     return {row, true};
 }
@@ -40,7 +43,7 @@ void CountedTexts::Remove(Row row) noexcept {
         return;
     }
     std::size_t place = PlaceOf(Hash((*this)[row]));
-    while (m_places[place].row != row) {
+    while (m_rows[place] != row) {
         place = NextPlace(place);
     }
     EmptyPlace(place);
@@ -67,52 +70,54 @@ std::uint32_t CountedTexts::Hash(std::string_view text) noexcept {
     return hash;
 }
 
-std::size_t CountedTexts::FreePlace(std::uint32_t hash) const noexcept {
-    std::size_t place = PlaceOf(hash);
-    while (m_places[place].row != kNone) {
-        place = NextPlace(place);
-    }
-    return place;
-}
-
 CountedTexts::Row CountedTexts::Find(std::string_view text, std::uint32_t hash) const noexcept {
-    if (m_places.empty()) {
+    if (m_tags.empty()) {
         return kNone;
     }
-    for (std::size_t place = PlaceOf(hash); m_places[place].row != kNone; place = NextPlace(place)) {
-        if (m_places[place].hash == hash && (*this)[m_places[place].row] == text) {
-            return m_places[place].row;
+    const Tag tag = TagOf(hash);
+    for (std::size_t place = PlaceOf(hash); m_tags[place] != 0; place = NextPlace(place)) {
+        if (m_tags[place] == tag && (*this)[m_rows[place]] == text) {
+            return m_rows[place];
         }
     }
     return kNone;
 }
 
-/// Makes sure that a fifth of the places is free when one more is taken.
-void CountedTexts::MakePlace() {
-    constexpr std::size_t kLeastPlaces = 64;
-    if (m_count < m_places.size() / 5 * 4) {
-        return;
+void CountedTexts::TakePlace(std::uint32_t hash, Row row) noexcept {
+    std::size_t place = PlaceOf(hash);
+    while (m_tags[place] != 0) {
+        place = NextPlace(place);
     }
-    std::vector<Place> places(std::max(kLeastPlaces, 2 * m_places.size()));
-    m_places.swap(places);
-    for (const Place& place : places) {
-        if (place.row != kNone) {
-            m_places[FreePlace(place.hash)] = place;
-        }
-    }
+    m_tags[place] = TagOf(hash);
+    m_rows[place] = row;
 }
 
 /// Empties a place and lets the texts behind it move up, so that each still stands where a search passes.
 void CountedTexts::EmptyPlace(std::size_t place) noexcept {
-    for (std::size_t behind = NextPlace(place); m_places[behind].row != kNone; behind = NextPlace(behind)) {
-        const std::size_t mask = m_places.size() - 1;
-        const std::size_t walked = (behind - PlaceOf(m_places[behind].hash)) & mask;
+    for (std::size_t behind = NextPlace(place); m_tags[behind] != 0; behind = NextPlace(behind)) {
+        const std::size_t mask = m_tags.size() - 1;
+        const std::size_t walked = (behind - PlaceOf(Hash((*this)[m_rows[behind]]))) & mask;
         if (walked >= ((behind - place) & mask)) {
-            m_places[place] = m_places[behind];
+            m_tags[place] = m_tags[behind];
+            m_rows[place] = m_rows[behind];
             place = behind;
         }
     }
-    m_places[place] = Place{};
+    m_tags[place] = 0;
+}
+
+void CountedTexts::GrowPlaces() {
+    constexpr std::size_t kLeastPlaces = 64;
+    const std::size_t places = std::max(kLeastPlaces, 2 * m_tags.size());
+    std::vector<Tag> tags(places);
+    std::vector<Row> rows(places);
+    m_tags.swap(tags);
+    m_rows.swap(rows);
+    for (Row row = 0; row < Slots(); ++row) {
+        if (Holds(row)) {
+            TakePlace(Hash((*this)[row]), row);
+        }
+    }
 }
 
 /// Makes room for more bytes; where enough lie unused between the texts, by moving those together.
@@ -136,7 +141,8 @@ void CountedTexts::MakeRoom(std::size_t bytes) {
 }
 
 std::size_t CountedTexts::MemoryBytes() const noexcept {
-    return m_bytes.capacity() + m_entries.capacity() * sizeof(Entry) + m_places.capacity() * sizeof(Place);
+    return m_bytes.capacity() + m_entries.capacity() * sizeof(Entry) + m_tags.capacity() * sizeof(Tag) +
+           m_rows.capacity() * sizeof(Row);
 }
 
 }  // namespace kestrelguard

@@ -46,24 +46,25 @@ class CountedTexts {
         std::uint32_t length = 0;
         std::uint32_t count = 0;  // 0 in a free entry
     };
-    /// A place of the hash table; a text stands at the first free place from that of its hash on.
-    struct Place {
-        std::uint32_t hash = 0;
-        Row row = kNone;
-    };
+    /// A part of a text's hash that is never 0. 0 marks a free place of the hash table.
+    using Tag = std::uint16_t;
 
     static std::uint32_t Hash(std::string_view text) noexcept;
-    std::size_t PlaceOf(std::uint32_t hash) const noexcept { return hash & (m_places.size() - 1); }
-    std::size_t NextPlace(std::size_t place) const noexcept { return (place + 1) & (m_places.size() - 1); }
-    std::size_t FreePlace(std::uint32_t hash) const noexcept;
+    static Tag TagOf(std::uint32_t hash) noexcept { return static_cast<Tag>(hash >> 16 | 1); }
+    std::size_t PlaceOf(std::uint32_t hash) const noexcept { return hash & (m_tags.size() - 1); }
+    std::size_t NextPlace(std::size_t place) const noexcept { return (place + 1) & (m_tags.size() - 1); }
     Row Find(std::string_view text, std::uint32_t hash) const noexcept;
-    void MakePlace();
-    void MakeRoom(std::size_t bytes);
+    void TakePlace(std::uint32_t hash, Row row) noexcept;
     void EmptyPlace(std::size_t place) noexcept;
+    void GrowPlaces();
+    void MakeRoom(std::size_t bytes);
 
     std::string m_bytes;
     std::vector<Entry> m_entries;
-    std::vector<Place> m_places;
+    // The hash table: a text stands at the first free place from that of its hash on. The tags, which are all
+    // that most searches read, stand by themselves and so stay near the processor.
+    std::vector<Tag> m_tags;
+    std::vector<Row> m_rows;
     Row m_free = kNone;
     std::size_t m_count = 0;
     std::size_t m_unusedBytes = 0;
