@@ -217,7 +217,9 @@ class Bench {
             all.push_back({"many", [=, this] { return m_partner->Take("add", many); }});
         }
         const std::vector<Values> values = Rounds(m_rounds, all);
-        std::printf("adding one row to %zu entries; times of adding it to %zu\n", many, few);
+        std::printf(
+            "adding one row to %zu entries, as a user does, with cold caches; times of adding it to %zu\n",
+            many, few);
         Print("matcher, native", Ratio(values[1], values[0]), 3);
         if (m_partner != nullptr) {
             Print("matcher, Windows", Ratio(values[3], values[2]), 3);
