@@ -266,6 +266,7 @@ class MonitoringEnduranceTest : public MonitoringTest {};
 TEST_F(MonitoringEnduranceTest, AThousandWindowsLeaveNothingBehind) {
     Browser& steady = m_desktop.OpenBrowser(Page(L"one"));
     Start();
+    ASSERT_TRUE(m_guard->Minimise());
     const auto openAndClose = [&](int windows) {
         for (int i = 0; i < windows; ++i) {
             Browser& browser = m_desktop.OpenBrowser();

@@ -44,17 +44,18 @@ void cBrowser::SetBrowser(ComPtr<IWebBrowser2> browser) {
                   kEvents[6].id == DISPID_NEWWINDOW2 && kEvents[7].id == DISPID_ONFULLSCREEN &&
                   kEvents[8].id == DISPID_PROGRESSCHANGE && kEvents[9].id == DISPID_TITLECHANGE &&
                   kEvents[10].id == DISPID_WINDOWCLOSING);
+    const ComPtr<IWebBrowser2> newBrowser = std::move(browser);
     Disconnect();
-    if (!browser) {
+    if (!newBrowser) {
         return;
     }
     const auto sink = MakeCom<EventSink<cBrowser>>(*this, DIID_DWebBrowserEvents2, kEvents);
     // The first event may come before the connection is made.
     m_sink = sink;
-    m_browser = browser;
+    m_browser = newBrowser;
     try {
         SetErrorInfo(0, nullptr);
-        Advise connection(browser.Get(), DIID_DWebBrowserEvents2, sink.Get());
+        Advise connection(newBrowser.Get(), DIID_DWebBrowserEvents2, sink.Get());
         if (m_sink.Get() == sink.Get()) {
             m_connection = std::move(connection);
         }

@@ -140,7 +140,7 @@ ComPtr<IShellWindows> CreateShellWindows() {
 }
 
 ComPtr<cBrowserEvents> cBrowserEvents::Create(ShellWindowsMaker makeShellWindows) {
-    const auto watcher = MakeCom<cBrowserEvents>(std::move(makeShellWindows));
+    auto watcher = MakeCom<cBrowserEvents>(std::move(makeShellWindows));
     try {
         // What is announced meanwhile waits for the owner's own LoadBrowsers.
         const Flagged busy(watcher->m_busy);

@@ -16,11 +16,12 @@ struct Member {
     DISPID id;
 };
 
+constexpr DISPID kNewEnum = -4;
 constexpr DISPID kItem = DISPID_VALUE;
 constexpr DISPID kCount = 1;
 constexpr Member kMembers[] = {
-    {L"NewEnum", DISPID_NEWENUM}, {L"_NewEnum", DISPID_NEWENUM}, {L"Item", kItem}, {L"Count", kCount}};
-static_assert(DISPID_NEWENUM == -4);
+    {L"NewEnum", kNewEnum}, {L"_NewEnum", kNewEnum}, {L"Item", kItem}, {L"Count", kCount}};
+static_assert(kNewEnum == DISPID_NEWENUM);
 
 /// Walks a list that it shares with the collection.
 class Enumerator final : public ComObject<Enumerator, IEnumVARIANT> {
@@ -121,7 +122,7 @@ HRESULT cBrowsers::GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID, DISP
 HRESULT cBrowsers::Invoke(DISPID id, REFIID, LCID, WORD kind, DISPPARAMS* arguments, VARIANT* result,
                           EXCEPINFO* exception, UINT* badArgument) noexcept {
     const UINT given = arguments == nullptr ? 0 : arguments->cArgs;
-    const bool known = id == DISPID_NEWENUM || id == kItem || id == kCount;
+    const bool known = id == kNewEnum || id == kItem || id == kCount;
     if (!known || (kind & (DISPATCH_METHOD | DISPATCH_PROPERTYGET)) == 0) {
         return DISP_E_MEMBERNOTFOUND;
     }
@@ -132,7 +133,7 @@ HRESULT cBrowsers::Invoke(DISPID id, REFIID, LCID, WORD kind, DISPPARAMS* argume
     AtEdge(
         [&] {
             Variant value;
-            if (id == DISPID_NEWENUM) {
+            if (id == kNewEnum) {
                 value.Get().punkVal = NewEnum().Detach();
                 value.Get().vt = VT_UNKNOWN;
             } else if (id == kCount) {

@@ -47,7 +47,7 @@ class Host final : public BrowserEvents {
     bool cancel = false;
     bool replace = false;
     bool box = false;
-    int fail = 0;
+    long fail = 0;
     std::function<void()> inNext;
     IEEvents* control = nullptr;
 
@@ -176,7 +176,7 @@ class Program {
         } else if (command == "box") {
             m_host.box = true;
         } else if (command.starts_with("fail ")) {
-            m_host.fail = std::atoi(command.c_str() + 5);
+            m_host.fail = std::strtol(command.c_str() + 5, nullptr, 10);
         } else if (command == "in off") {
             m_host.inNext = [this] { m_control.SetEnabled(false); };
         } else if (command == "in refresh") {
@@ -198,7 +198,8 @@ class Program {
     IEEvents m_control{m_host};
 };
 
-/// Hands each line of the standard input to the thread whose id `parameter` points to.
+/// Hands each line of the standard input to the thread whose id `parameter` points to, which owns it then.
+// NOLINTBEGIN(clang-analyzer-cplusplus.NewDeleteLeaks)
 DWORD WINAPI ReadCommands(void* parameter) noexcept {
     const DWORD reader = *static_cast<DWORD*>(parameter);
     const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
@@ -216,6 +217,7 @@ DWORD WINAPI ReadCommands(void* parameter) noexcept {
     PostThreadMessageA(reader, WM_QUIT, 0, 0);
     return 0;
 }
+// NOLINTEND(clang-analyzer-cplusplus.NewDeleteLeaks)
 
 }  // namespace
 

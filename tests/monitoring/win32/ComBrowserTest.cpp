@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "FakeDesktop.h"
 #include "monitoring/win32/ComBrowser.h"
@@ -86,8 +87,9 @@ TEST_F(ComBrowserTest, NoBrowserIsAnObjectThatIsNotSet) {
 TEST_F(ComBrowserTest, ItHoldsOneReference) {
     {
         const ComBrowser browser(window.Get());
-        const ComBrowser copy = browser;
-        EXPECT_EQ(3U, window->References());
+        EXPECT_EQ(2U, window->References());
+        const std::vector<ComBrowser> copies(2, browser);
+        EXPECT_EQ(4U, window->References());
     }
     EXPECT_EQ(1U, window->References());
 }

@@ -541,7 +541,7 @@ template <class... Values>
 HRESULT CallSlot(IBrowser* object, std::size_t slot, Values... values) {
     using Function = HRESULT(STDMETHODCALLTYPE*)(IBrowser*, Values...);
     void** table = nullptr;
-    std::memcpy(&table, object, sizeof table);
+    std::memcpy(&table, static_cast<const void*>(object), sizeof table);
     Function function = nullptr;
     std::memcpy(&function, table + 7 + slot, sizeof function);
     return function(object, values...);

@@ -528,6 +528,7 @@ TEST_F(WatcherTest, ABrowserThatDiedWithoutAWordIsSurvived) {
 TEST_F(WatcherTest, AnAnnouncementReadsEachHandleOnce) {
     constexpr int kWindows = 50;
     std::vector<ComPtr<FakeBrowser>> browsers;
+    browsers.reserve(kWindows + 1);
     for (int i = 0; i < kWindows; ++i) {
         browsers.push_back(desktop.Open(100 + i));
     }
@@ -551,6 +552,7 @@ TEST_F(WatcherTest, AnAnnouncementReadsEachHandleOnce) {
 TEST_F(WatcherTest, AnAnnouncementOfANewWindowAtTheFrontCostsNoMore) {
     constexpr int kWindows = 20;
     std::vector<ComPtr<FakeBrowser>> browsers;
+    browsers.reserve(kWindows + 1);
     for (int i = 0; i < kWindows; ++i) {
         browsers.push_back(desktop.Open(100 + i));
     }
@@ -592,13 +594,11 @@ TEST_F(WatcherTest, AThousandWindowsLeaveNothingBehind) {
 TEST_F(WatcherTest, ClosingReleasesEverything) {
     const auto a = desktop.Open(1);
     Watch();
-    const auto weak = watcher;
     watcher->Close();
-    watcher.Reset();
     EXPECT_EQ(0U, a->connections->Sinks());
     EXPECT_EQ(0U, desktop.shell->connections->Sinks());
-    weak->AddRef();
-    EXPECT_EQ(1U, weak->Release());
+    watcher->AddRef();
+    EXPECT_EQ(1U, watcher->Release());
     // The list stays as it is.
     EXPECT_EQ(1, list->Count());
     a->Fire(106);
