@@ -9,6 +9,7 @@
 #                   when it fails
 #   as_root CMD     runs CMD as root, through sudo where needed
 #   locked FILE CMD runs CMD while nobody else holds FILE
+#   unfinished TO   a new empty folder beside TO, to be renamed to TO when it is whole
 #   build PRESET    configures and builds the CMake preset
 
 set -euo pipefail
@@ -66,6 +67,15 @@ locked() {
         fi
         "$@" 9>&-
     ) 9>"$file"
+}
+
+unfinished() {
+    # What a run that was killed has left. Its helpers may write on for a while, so nobody uses it again.
+    find "$(dirname "$1")" -maxdepth 1 -name "$(basename "$1").part.*" -mmin +60 -exec rm -rf {} +
+    local part
+    part=$(mktemp -d "$1.part.XXXXXX")
+    chmod 755 "$part"
+    echo "$part"
 }
 
 build() {
