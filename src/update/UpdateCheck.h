@@ -82,7 +82,7 @@ class UpdateCheck {
     const UpdateData& Data() const noexcept { return m_data; }
 
     /// What one exchange may bring before its socket is closed: no answer of the maker's servers comes near.
-    static constexpr std::size_t kTolerance = 1024 * 1024;
+    static constexpr std::size_t kTolerance = 0x100000;
     /// What the notice shows of an offered version.
     static constexpr std::size_t kShownVersion = 64;
 

@@ -72,7 +72,7 @@ class PlayedWindows {
         HKEY key = nullptr;
         RegCreateKeyA(HKEY_CURRENT_USER, kKey, &key);
         RegSetValueExA(key, "Version", 0, REG_SZ, reinterpret_cast<const BYTE*>(version),
-                       static_cast<DWORD>(std::string_view(version).size() + 1));
+                       static_cast<DWORD>(std::string_view(version).size()) + 1);
         RegCloseKey(key);
     }
     ~PlayedWindows() { RegDeleteKeyA(HKEY_CURRENT_USER, kKey); }

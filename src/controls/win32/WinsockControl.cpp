@@ -58,7 +58,7 @@ std::int32_t CheckedPort(std::int32_t port) {
 /// The host's name as the name service takes it. It may come out of the network: whatever cannot be a name is
 /// refused here.
 std::string CheckedHost(std::wstring_view host) {
-    const std::string name = ToAnsi(Trim(host));
+    std::string name = ToAnsi(Trim(host));
     if (name.empty() || name.size() > kLongestHost) {
         throw WinsockError(winsock_errors::kInvalidArgument);
     }

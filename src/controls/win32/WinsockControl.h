@@ -57,7 +57,7 @@ class WinsockControl final : public Winsock {
     std::wstring LocalIP() const override;
 
     /// What is kept of received bytes that nobody has taken; the network holds back the rest.
-    static constexpr std::size_t kCapacity = 64 * 1024;
+    static constexpr std::size_t kCapacity = 0x10000;
 
  private:
     enum class State { kClosed, kResolving, kConnecting, kConnected };
