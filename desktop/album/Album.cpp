@@ -13,7 +13,7 @@
 #include <stdexcept>
 
 #include "desktop/Desktop.h"
-#include "support/Guard.h"
+#include "desktop/driver/Guard.h"
 #include "tests/privacy/win32/CacheFiller.h"
 
 namespace kestrelguard::desktop {

@@ -6,8 +6,8 @@
 
 #include <string>
 
+#include "desktop/driver/StandInLibraries.h"
 #include "desktop/scenario/Scenario.h"
-#include "support/StandInLibraries.h"
 #include "tests/privacy/win32/CacheFiller.h"
 
 /// What the scenes about the browser's cache have in common.

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "desktop/Desktop.h"
-#include "support/Guard.h"
+#include "desktop/driver/Guard.h"
 
 /// Scenes that play by themselves: the stand-in desktop, the unchanged program, and a transcript of what
 /// happens between them. Each scene is one function in its own file and one row of the table in Scenario.cpp.

@@ -2,7 +2,7 @@
 // maker's two names here (desktop/scenario/hosts), and ports 80 and 26144 must be free: a session with a
 // network of its own.
 
-#include "support/Sockets.h"
+#include "desktop/driver/Sockets.h"
 //
 #include "desktop/scenario/Scenario.h"
 

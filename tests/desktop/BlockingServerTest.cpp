@@ -6,7 +6,7 @@
 #include <cstdlib>
 
 #include "desktop/Desktop.h"
-#include "support/Guard.h"
+#include "desktop/driver/Guard.h"
 
 namespace kestrelguard::testing {
 namespace {

@@ -10,8 +10,8 @@
 #include <cmath>
 
 #include "desktop/Desktop.h"
+#include "desktop/driver/Guard.h"
 #include "runtime/Maker.h"
-#include "support/Guard.h"
 
 namespace kestrelguard::testing {
 namespace {

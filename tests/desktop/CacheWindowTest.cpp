@@ -12,8 +12,8 @@
 #include <vector>
 
 #include "desktop/Desktop.h"
-#include "support/Guard.h"
-#include "support/StandInLibraries.h"
+#include "desktop/driver/Guard.h"
+#include "desktop/driver/StandInLibraries.h"
 #include "tests/privacy/win32/CacheFiller.h"
 
 namespace kestrelguard::testing {

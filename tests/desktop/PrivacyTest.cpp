@@ -15,8 +15,8 @@
 
 #include "desktop/Com.h"
 #include "desktop/Desktop.h"
-#include "support/Guard.h"
-#include "support/StandInLibraries.h"
+#include "desktop/driver/Guard.h"
+#include "desktop/driver/StandInLibraries.h"
 #include "tests/privacy/win32/CacheFiller.h"
 
 namespace kestrelguard::testing {

@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "support/Guard.h"
+#include "desktop/driver/Guard.h"
 
 namespace kestrelguard::testing {
 

@@ -7,7 +7,7 @@
 
 #include "app/win32/ControlIds.h"
 #include "desktop/Desktop.h"
-#include "support/Guard.h"
+#include "desktop/driver/Guard.h"
 
 namespace kestrelguard::testing {
 namespace {

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "desktop/Desktop.h"
-#include "support/Guard.h"
+#include "desktop/driver/Guard.h"
 
 namespace kestrelguard::testing {
 namespace {

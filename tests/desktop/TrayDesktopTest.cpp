@@ -8,7 +8,7 @@
 
 #include "RunningGuard.h"
 #include "desktop/Desktop.h"
-#include "support/Tray.h"
+#include "desktop/driver/Tray.h"
 
 namespace kestrelguard::testing {
 namespace {

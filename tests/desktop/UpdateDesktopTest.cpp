@@ -1,4 +1,4 @@
-#include "support/Sockets.h"
+#include "desktop/driver/Sockets.h"
 //
 #include <gtest/gtest.h>
 #include <psapi.h>
@@ -11,10 +11,10 @@
 #include <vector>
 
 #include "desktop/Desktop.h"
-#include "support/Controls.h"
-#include "support/Files.h"
-#include "support/Guard.h"
-#include "support/Windows.h"
+#include "desktop/driver/Controls.h"
+#include "desktop/driver/Files.h"
+#include "desktop/driver/Guard.h"
+#include "desktop/driver/Windows.h"
 
 // The update check of the unchanged program, against a real web server and against servers that this file
 // plays. The session's script tells where its files are.

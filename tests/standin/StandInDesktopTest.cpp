@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 #include <olectl.h>
 
-#include "support/Controls.h"
-#include "support/Process.h"
+#include "desktop/driver/Controls.h"
+#include "desktop/driver/Process.h"
 
 namespace kestrelguard::desktop {
 namespace {

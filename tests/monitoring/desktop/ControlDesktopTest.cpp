@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "desktop/Desktop.h"
-#include "support/Process.h"
+#include "desktop/driver/Process.h"
 
 // Monitoring against browsers of other processes: the client beside this program runs the control, the
 // stand-in desktop in this one serves the windows.

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "support/Wait.h"
+#include "desktop/driver/Wait.h"
 
 namespace kestrelguard::testing {
 

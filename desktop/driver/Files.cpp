@@ -1,4 +1,4 @@
-#include "support/Files.h"
+#include "desktop/driver/Files.h"
 
 #include <windows.h>
 

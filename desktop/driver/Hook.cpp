@@ -1,4 +1,4 @@
-#include "support/Hook.h"
+#include "desktop/driver/Hook.h"
 
 #include <shellapi.h>
 

@@ -1,4 +1,4 @@
-#include "support/Guard.h"
+#include "desktop/driver/Guard.h"
 
 #include <algorithm>
 #include <stdexcept>

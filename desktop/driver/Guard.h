@@ -5,11 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "support/Controls.h"
-#include "support/Files.h"
-#include "support/Hook.h"
-#include "support/Process.h"
-#include "support/Tray.h"
+#include "desktop/driver/Controls.h"
+#include "desktop/driver/Files.h"
+#include "desktop/driver/Hook.h"
+#include "desktop/driver/Process.h"
+#include "desktop/driver/Tray.h"
 
 namespace kestrelguard::testing {
 

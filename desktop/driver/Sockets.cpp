@@ -1,4 +1,4 @@
-#include "support/Sockets.h"
+#include "desktop/driver/Sockets.h"
 
 #include <stdexcept>
 #include <utility>

@@ -6,8 +6,8 @@
 
 #include <string>
 
+#include "desktop/driver/Wait.h"
 #include "runtime/win32/Owners.h"
-#include "support/Wait.h"
 
 namespace kestrelguard::testing {
 

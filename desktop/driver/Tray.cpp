@@ -1,8 +1,8 @@
-#include "support/Tray.h"
+#include "desktop/driver/Tray.h"
 
 #include <commctrl.h>
 
-#include "support/Windows.h"
+#include "desktop/driver/Windows.h"
 
 namespace kestrelguard::testing {
 

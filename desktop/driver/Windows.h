@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "support/Wait.h"
+#include "desktop/driver/Wait.h"
 
 namespace kestrelguard::testing {
 

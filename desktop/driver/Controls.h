@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "support/Windows.h"
+#include "desktop/driver/Windows.h"
 
 namespace kestrelguard::testing {
 

@@ -1,4 +1,4 @@
-#include "support/Windows.h"
+#include "desktop/driver/Windows.h"
 
 #include <cwchar>
 #include <stdexcept>

@@ -1,4 +1,4 @@
-#include "support/Process.h"
+#include "desktop/driver/Process.h"
 
 #include <stdexcept>
 #include <utility>

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "support/Process.h"
+#include "desktop/driver/Process.h"
 
 namespace kestrelguard::testing {
 

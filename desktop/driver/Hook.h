@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
+#include "desktop/driver/Process.h"
 #include "desktop/hook/HookRequest.h"
-#include "support/Process.h"
 
 namespace kestrelguard::testing {
 

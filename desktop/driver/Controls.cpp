@@ -1,4 +1,4 @@
-#include "support/Controls.h"
+#include "desktop/driver/Controls.h"
 
 #include <algorithm>
 
