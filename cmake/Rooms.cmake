@@ -74,7 +74,7 @@ function(kg_windows_tests room)
   foreach(below IN LISTS TESTS_DEPENDS)
     target_link_libraries(kg_${room}_windows_tests PRIVATE kg_${below})
   endforeach()
-  target_include_directories(kg_${room}_windows_tests PRIVATE ${CMAKE_SOURCE_DIR}/tests)
+  target_include_directories(kg_${room}_windows_tests PRIVATE ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/tests)
   add_test(NAME ${room}-windows
     COMMAND ${CMAKE_SOURCE_DIR}/scripts/wine-session -- $<TARGET_FILE:kg_${room}_windows_tests> --gtest_brief=1)
 endfunction()

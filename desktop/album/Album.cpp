@@ -13,8 +13,8 @@
 #include <stdexcept>
 
 #include "desktop/Desktop.h"
+#include "desktop/driver/CacheFiller.h"
 #include "desktop/driver/Guard.h"
-#include "tests/privacy/win32/CacheFiller.h"
 
 namespace kestrelguard::desktop {
 

@@ -6,9 +6,9 @@
 
 #include <string>
 
+#include "desktop/driver/CacheFiller.h"
 #include "desktop/driver/StandInLibraries.h"
 #include "desktop/scenario/Scenario.h"
-#include "tests/privacy/win32/CacheFiller.h"
 
 /// What the scenes about the browser's cache have in common.
 namespace kestrelguard::desktop::scenario {

@@ -15,9 +15,9 @@
 
 #include "desktop/Com.h"
 #include "desktop/Desktop.h"
+#include "desktop/driver/CacheFiller.h"
 #include "desktop/driver/Guard.h"
 #include "desktop/driver/StandInLibraries.h"
-#include "tests/privacy/win32/CacheFiller.h"
 
 namespace kestrelguard::testing {
 namespace {

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "CacheFiller.h"
 #include "controls/Fakes.h"
+#include "desktop/driver/CacheFiller.h"
 #include "privacy/KG_IECache.h"
 
 namespace kestrelguard {
