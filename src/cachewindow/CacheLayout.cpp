@@ -4,12 +4,32 @@
 
 namespace kestrelguard {
 
+namespace {
+
+constexpr std::int64_t kTwipsAnInch = 1440;
+
+}  // namespace
+
+std::int32_t PixelsOfTwips(std::int32_t twips, std::int32_t dpi) {
+    return static_cast<std::int32_t>((std::int64_t{twips} * dpi + kTwipsAnInch / 2) / kTwipsAnInch);
+}
+
+std::int32_t TwipsOfPixels(std::int32_t pixels, std::int32_t dpi) {
+    return static_cast<std::int32_t>((pixels * kTwipsAnInch + dpi / 2) / dpi);
+}
+
+std::int32_t WindowPixels(std::int32_t twips, std::int32_t dpi) {
+    return static_cast<std::int32_t>(std::int64_t{twips} * dpi / kTwipsAnInch);
+}
+
 CacheLayout InitialCacheLayout() {
     CacheLayout layout;
     // The heights of the rules leave the lists these tops, and the details three lines of text.
     layout.kg_CLST = {120, 330, 0, 0};
     layout.savecLST = {0, 330, 0, 0};
-    layout.CacheDetail = {120, 0, 7290, 645};
+    // The details end before the saved cookies at any width: the rules bring those nearest, to 7196, where
+    // the window is one twip above its smallest width.
+    layout.CacheDetail = {120, 0, 7065, 645};
     layout.IECacheLBL = {120, 75, 6060, 240};
     layout.IECookiesS = {0, 75, 2700, 240};
     // One column of buttons right of the list, those for the saved cookies apart.

@@ -41,6 +41,14 @@ struct CacheLayout {
 inline constexpr std::int32_t kCacheWindowWidth = 10425;
 inline constexpr std::int32_t kCacheWindowHeight = 4890;
 
+/// A length in dots of a screen that has `dpi` of them an inch, and back; to the nearest.
+std::int32_t PixelsOfTwips(std::int32_t twips, std::int32_t dpi);
+std::int32_t TwipsOfPixels(std::int32_t pixels, std::int32_t dpi);
+
+/// As many whole dots as a window of that outer size has. Rounded down: a window that has snapped back to the
+/// smallest size still counts as not above it.
+std::int32_t WindowPixels(std::int32_t twips, std::int32_t dpi);
+
 /// The window as it opens.
 CacheLayout InitialCacheLayout();
 

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 namespace kestrelguard {
 namespace {
 
@@ -60,6 +62,40 @@ TEST(CacheLayout, NothingOverlapsAtTheSmallestSize) {
     EXPECT_LE(layout.AllCache.Right(), layout.savecLST.left);
     EXPECT_LE(layout.CacheDetail.Right(), layout.savecLST.left);
     EXPECT_LE(layout.IECacheLBL.top + layout.IECacheLBL.height, layout.kg_CLST.top);
+}
+
+TEST(CacheLayout, TheDetailsEndBeforeTheSavedCookiesAtAnyWidth) {
+    CacheLayout layout = InitialCacheLayout();
+    for (std::int32_t width = 10425; width <= 10700; ++width) {
+        layout = ResizedCacheLayout(layout, width, 6000);
+        ASSERT_LT(layout.CacheDetail.Right(), layout.savecLST.left) << width;
+    }
+}
+
+TEST(CacheLayout, AWindowThatHasSnappedBackStaysAtAnyResolution) {
+    const CacheLayout smallest = InitialCacheLayout();
+    for (std::int32_t dpi = 72; dpi <= 480; ++dpi) {
+        const std::int32_t width = WindowPixels(kCacheWindowWidth, dpi);
+        const std::int32_t height = WindowPixels(kCacheWindowHeight, dpi);
+        EXPECT_EQ(ResizedCacheLayout(smallest, TwipsOfPixels(width, dpi), TwipsOfPixels(height, dpi)),
+                  smallest)
+            << dpi;
+        // Two dots more are what the user asked for; one may be less than a twip away from the smallest size.
+        const std::int32_t wider = TwipsOfPixels(width + 2, dpi);
+        const std::int32_t higher = TwipsOfPixels(height + 2, dpi);
+        const CacheLayout larger = ResizedCacheLayout(smallest, wider, higher);
+        EXPECT_EQ(std::pair(larger.width, larger.height), std::pair(wider, higher)) << dpi;
+    }
+}
+
+TEST(CacheLayout, LengthsBecomeDotsToTheNearest) {
+    EXPECT_EQ(PixelsOfTwips(6060, 96), 404);
+    EXPECT_EQ(PixelsOfTwips(6060, 120), 505);
+    EXPECT_EQ(PixelsOfTwips(7, 96), 0);
+    EXPECT_EQ(PixelsOfTwips(8, 96), 1);
+    EXPECT_EQ(WindowPixels(10425, 120), 868);
+    EXPECT_EQ(TwipsOfPixels(869, 120), 10428);
+    EXPECT_EQ(TwipsOfPixels(32000, 96), 480000);
 }
 
 TEST(CacheLayout, ComesBackFromALargeSizeUnchanged) {

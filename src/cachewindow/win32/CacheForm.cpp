@@ -46,6 +46,8 @@ namespace {
 constexpr char kClass[] = "KG_Cache";
 
 constexpr DWORD kLabel = SS_LEFT | SS_NOPREFIX;
+/// A long file name must not push the last line out.
+constexpr DWORD kThreeLines = SS_LEFTNOWORDWRAP | SS_NOPREFIX;
 constexpr DWORD kButton = BS_PUSHBUTTON | WS_TABSTOP;
 constexpr DWORD kList =
     LBS_NOTIFY | LBS_NOINTEGRALHEIGHT | LBS_HASSTRINGS | WS_VSCROLL | WS_HSCROLL | WS_TABSTOP;
@@ -77,7 +79,7 @@ const CacheForm::ControlRow CacheForm::kControls[] = {
     {kRemoveC, "Button", cache_texts::kRemoveC, cache_texts::kRemoveCTip, kButton, &CacheLayout::RemoveC},
     {kIECookiesS, "Static", cache_texts::kIECookiesS, nullptr, kLabel, &CacheLayout::IECookiesS},
     {kSavecLST, "ListBox", L"", nullptr, kList, &CacheLayout::savecLST},
-    {kCacheDetail, "Static", cache_texts::kCacheDetail, nullptr, kLabel, &CacheLayout::CacheDetail},
+    {kCacheDetail, "Static", cache_texts::kCacheDetail, nullptr, kThreeLines, &CacheLayout::CacheDetail},
     {kFndLBL, "Static", cache_texts::kFndLBL, nullptr, kLabel, &CacheLayout::fndLBL},
     {kFndTXT, "Edit", L"", cache_texts::kFndTXTTip, ES_AUTOHSCROLL | WS_TABSTOP, &CacheLayout::fndTXT},
     {kFndCache, "Button", cache_texts::kFind, cache_texts::kFindTip, kButton, &CacheLayout::fndCache},
@@ -133,8 +135,8 @@ void CacheForm::CreateWindows() {
 
     m_window =
         CreateWindowExA(WS_EX_CONTROLPARENT, kClass, m_parts.caption, WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN,
-                        CW_USEDEFAULT, CW_USEDEFAULT, ToPixels(m_layout.width), ToPixels(m_layout.height),
-                        nullptr, nullptr, instance, nullptr);
+                        CW_USEDEFAULT, CW_USEDEFAULT, WindowPixels(m_layout.width, m_dpi),
+                        WindowPixels(m_layout.height, m_dpi), nullptr, nullptr, instance, nullptr);
     if (m_window == nullptr) {
         throw RunTimeError(RunTimeError::kOutOfMemory);
     }
@@ -271,14 +273,12 @@ void CacheForm::OnCommand(int id, int notification) {
 void CacheForm::Form_Resize() {
     RECT outer = {};
     GetWindowRect(m_window, &outer);
-    const int width = outer.right - outer.left;
-    const int height = outer.bottom - outer.top;
-    m_layout = ResizedCacheLayout(m_layout, ToTwips(width), ToTwips(height));
-    const int newWidth = ToPixels(m_layout.width);
-    const int newHeight = ToPixels(m_layout.height);
-    if (newWidth != width || newHeight != height) {
-        SetWindowPos(m_window, nullptr, 0, 0, newWidth, newHeight,
-                     SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+    const std::int32_t width = TwipsOfPixels(outer.right - outer.left, m_dpi);
+    const std::int32_t height = TwipsOfPixels(outer.bottom - outer.top, m_dpi);
+    m_layout = ResizedCacheLayout(m_layout, width, height);
+    if (m_layout.width != width || m_layout.height != height) {
+        SetWindowPos(m_window, nullptr, 0, 0, WindowPixels(m_layout.width, m_dpi),
+                     WindowPixels(m_layout.height, m_dpi), SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
     }
     ApplyLayout();
 }

@@ -74,8 +74,7 @@ class CacheForm final : public std::enable_shared_from_this<CacheForm> {
     void Form_Resize();
     void ApplyLayout();
     void OnCommand(int id, int notification);
-    int ToPixels(std::int32_t twips) const { return MulDiv(twips, m_dpi, 1440); }
-    std::int32_t ToTwips(int pixels) const { return MulDiv(pixels, 1440, m_dpi); }
+    int ToPixels(std::int32_t twips) const { return PixelsOfTwips(twips, m_dpi); }
     HWND Control(int id) const { return GetDlgItem(m_window, id); }
 
     Parts m_parts;
