@@ -152,6 +152,14 @@ ObjectCounts Hook::Count() const {
                         static_cast<int>(request->handles)};
 }
 
+LOGFONTW Hook::FontOf(HWND control) const {
+    const auto request = std::make_unique<hook::Request>();
+    request->operation = hook::Operation::ReadFont;
+    request->control = control;
+    Call(*request);
+    return request->font;
+}
+
 bool Hook::RecordTray() const {
     const auto request = std::make_unique<hook::Request>();
     request->operation = hook::Operation::RecordTray;

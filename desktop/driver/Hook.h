@@ -69,6 +69,9 @@ class Hook {
 
     ObjectCounts Count() const;
 
+    /// The font of one of the program's controls; all zero when the control uses the system's.
+    LOGFONTW FontOf(HWND control) const;
+
     /// Writes down all calls of Shell_NotifyIconA from now on. False when the program does not import it.
     bool RecordTray() const;
     std::vector<TrayCall> TrayCalls() const;

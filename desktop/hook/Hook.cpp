@@ -1,5 +1,5 @@
 // A library that tests put into the program under test, to see there what no other process can see: the items
-// of an open menu, the number of USER and GDI objects, the records given to the notification area.
+// of an open menu, the number of USER and GDI objects, the records given to the notification area, its fonts.
 
 #include <windows.h>
 
@@ -167,6 +167,15 @@ void CountObjects(Request& request) {
 #endif
 }
 
+/// A font's handle means something in its own process only.
+void ReadFont(Request& request) {
+    request.font = {};
+    DWORD_PTR font = 0;
+    if (SendMessageTimeoutW(request.control, WM_GETFONT, 0, 0, SMTO_NORMAL, 5000, &font) && font != 0) {
+        GetObjectW(reinterpret_cast<HGDIOBJ>(font), sizeof(request.font), &request.font);
+    }
+}
+
 }  // namespace
 
 }  // namespace kestrelguard::hook
@@ -201,6 +210,9 @@ extern "C" __declspec(dllexport) DWORD WINAPI KestrelguardTestHook(void* paramet
             }
             break;
         }
+        case Operation::ReadFont:
+            ReadFont(request);
+            break;
         default:
             return 1;
     }

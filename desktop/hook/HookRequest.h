@@ -10,6 +10,7 @@ enum class Operation : DWORD {
     CountObjects = 2,  ///< windows, menus, icons, GDI objects, kernel handles
     RecordTray = 3,    ///< write down every Shell_NotifyIconA call from now on
     TrayRecords = 4,   ///< what was written down
+    ReadFont = 5,      ///< the font of one of its controls
 };
 
 struct MenuItem {
@@ -43,6 +44,8 @@ struct Request {
     DWORD firstRecord;  ///< in: the first record to fetch
     DWORD recordCount;  ///< all records so far
     TrayRecord records[kMostRecords];
+    HWND control;   ///< in: whose font to read
+    LOGFONTW font;  ///< all zero when the control has none of its own
 };
 
 /// The exported function; runs on a thread of its own inside the program.

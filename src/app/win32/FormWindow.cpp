@@ -64,7 +64,7 @@ constexpr ControlRow kControls[] = {
     {kHintLBL, kOnForm, "Static", texts::kHint, kLabel, 12, 376, 262, 16},
     // The strip alone: the pages below it are windows of their own, so that Tab goes from the strip into the
     // page.
-    {kKGTabs, kOnForm, WC_TABCONTROLA, L"", WS_TABSTOP, 284, 11, 492, 25},
+    {kKGTabs, kOnForm, WC_TABCONTROLA, L"", WS_TABSTOP, 284, 12, 492, 24},
 
     {kPopPIC, kPage1, "Static", L"", kPicture, 14, 14, 32, 32},
     {kPreLBL, kPage1, "Static", texts::kPreLBL, kLabel, 58, 22, 400, 18, true},
