@@ -7,7 +7,7 @@
 #include "app/win32/Kestrelguard.h"
 #include "app/win32/RunTimeErrorBox.h"
 #include "app/win32/SingleInstance.h"
-#include "controls/win32/Win32Controls.h"
+#include "controls/win32/PlatformMessageLoop.h"
 #include "runtime/Edge.h"
 #include "runtime/win32/Com.h"
 

@@ -2,9 +2,9 @@
 
 #include <cstdint>
 
+#include "app/FixedText64.h"
 #include "controls/Controls.h"
 #include "popup/PopupState.h"
-#include "runtime/FixedText64.h"
 
 namespace kestrelguard {
 

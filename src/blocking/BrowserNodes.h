@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "controls/Controls.h"
+#include "runtime/Browser.h"
 
 namespace kestrelguard {
 

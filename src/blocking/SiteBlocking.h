@@ -5,6 +5,7 @@
 #include "blocking/BrowserNodes.h"
 #include "blocking/SiteList.h"
 #include "controls/Controls.h"
+#include "controls/Lists.h"
 #include "runtime/KeyedCollection.h"
 
 namespace kestrelguard {

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "blocking/SiteMatcher.h"
-#include "controls/Controls.h"
+#include "controls/Lists.h"
 
 namespace kestrelguard {
 

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <cstdint>
-
 /// Every text of the room that a user can see.
 namespace kestrelguard::blocking_texts {
 
@@ -41,8 +39,6 @@ inline constexpr wchar_t kErrorBeforeEmail[] = L", please report to ";
 inline constexpr wchar_t kErrorAfterEmail[] = L"!\r\n";
 inline constexpr wchar_t kErrorBeforeTitle[] = L" ";
 inline constexpr wchar_t kErrorCaption[] = L"Kestrelguard Error!";
-/// MB_OK | MB_ICONINFORMATION | MB_SYSTEMMODAL | MB_SETFOREGROUND.
-inline constexpr std::uint32_t kErrorStyle = 0x11040;
 
 /// What stands between two keywords.
 inline constexpr wchar_t kKeywordSeparator[] = L" -";

@@ -84,7 +84,7 @@ void TitleBlocking::TellError(const RunTimeError& error, const std::wstring& tit
     text += error.Description();
     text += blocking_texts::kErrorBeforeTitle;
     text += title;
-    m_parts.boxes.Show(text, blocking_texts::kErrorCaption, blocking_texts::kErrorStyle);
+    m_parts.boxes.Show(text, blocking_texts::kErrorCaption, box_style::kNotice);
 }
 
 }  // namespace kestrelguard

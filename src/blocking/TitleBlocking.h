@@ -4,6 +4,7 @@
 
 #include "blocking/BrowserNodes.h"
 #include "controls/Controls.h"
+#include "controls/MessageBoxes.h"
 #include "runtime/KeyedCollection.h"
 #include "runtime/RunTimeError.h"
 #include "runtime/System.h"

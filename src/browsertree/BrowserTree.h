@@ -7,7 +7,9 @@
 #include <string_view>
 #include <vector>
 
-#include "controls/Controls.h"
+#include "controls/MessageLoop.h"
+#include "controls/Tree.h"
+#include "runtime/Browser.h"
 #include "runtime/System.h"
 
 namespace kestrelguard {

@@ -8,11 +8,7 @@ namespace kestrelguard {
 
 namespace {
 
-// The platform's style values and answers.
-constexpr std::uint32_t kYesNoInformation = 68;
-constexpr std::uint32_t kInformation = 64;
-constexpr std::uint32_t kPlain = 0;
-constexpr int kYes = 6;
+constexpr std::uint32_t kQuestion = box_style::kYesNo | box_style::kInformation;
 
 constexpr std::size_t kAskedAddress = 50;
 
@@ -37,10 +33,9 @@ void CacheBrowser::RefreshIE_Click() {
 void CacheBrowser::ClearIENow_Click() {
     const bool cookiesOnly = m_parts.ShowCookiesOnly;
     const int answer =
-        cookiesOnly
-            ? m_parts.boxes.Show(cache_texts::kAskCookies, cache_texts::kConfirmCookies, kYesNoInformation)
-            : m_parts.boxes.Show(cache_texts::kAskCache, cache_texts::kConfirmCache, kYesNoInformation);
-    if (answer != kYes) {
+        cookiesOnly ? m_parts.boxes.Show(cache_texts::kAskCookies, cache_texts::kConfirmCookies, kQuestion)
+                    : m_parts.boxes.Show(cache_texts::kAskCache, cache_texts::kConfirmCache, kQuestion);
+    if (answer != box_answer::kYes) {
         return;
     }
     m_parts.IECacheLBL.SetCaption(cache_texts::kClearing);
@@ -49,7 +44,7 @@ void CacheBrowser::ClearIENow_Click() {
 }
 
 void CacheBrowser::kg_CLST_Click() {
-    m_parts.CacheDetail.SetCaption(m_parts.details.CacheEntryDetailsOf(SelectedAddress()));
+    m_parts.CacheDetail.SetCaption(m_parts.cache.CacheEntryDetails(SelectedAddress()));
 }
 
 void CacheBrowser::kg_CLST_DblClick() {
@@ -60,14 +55,14 @@ void CacheBrowser::kg_CLST_DblClick() {
     const std::wstring address = SelectedAddress();
     const int answer =
         m_parts.boxes.Show(cache_texts::kAskEntry + address.substr(0, kAskedAddress) + cache_texts::kCutMark,
-                           cache_texts::kConfirmCache, kYesNoInformation);
-    if (answer != kYes) {
+                           cache_texts::kConfirmCache, kQuestion);
+    if (answer != box_answer::kYes) {
         return;
     }
-    const std::uint32_t error = m_parts.deletion.DeleteUrlCacheEntryA(address);
+    const std::uint32_t error = m_parts.cache.DeleteUrlCacheEntryA(address);
     if (error != 0) {
-        m_parts.boxes.Show(Decimal(error) + L" " + m_parts.deletion.SystemMessage(error),
-                           cache_texts::kApplication, kPlain);
+        m_parts.boxes.Show(Decimal(error) + L" " + m_parts.cache.SystemMessage(error),
+                           cache_texts::kApplication, box_style::kOK);
         return;
     }
     // While the question was open a wash may have filled the list anew.
@@ -97,7 +92,7 @@ void CacheBrowser::fndCache_Click() {
     m_lastFind = text;
     if (!found && m_findPos == 0) {
         m_parts.boxes.Show(cache_texts::kNoMatchesBegin + text + cache_texts::kNoMatchesEnd,
-                           cache_texts::kApplication, kInformation);
+                           cache_texts::kApplication, box_style::kInformation);
         m_parts.fndCache.SetCaption(cache_texts::kFindAfterNothing);
         m_parts.fndCacheTip.SetToolTip(cache_texts::kFindTipAfterNothing);
         return;
@@ -107,7 +102,7 @@ void CacheBrowser::fndCache_Click() {
                                        cache_texts::kFindAgainTipEnd);
     } else {
         m_parts.boxes.Show(cache_texts::kNoMoreMatchesBegin + text + cache_texts::kNoMoreMatchesEnd,
-                           cache_texts::kApplication, kInformation);
+                           cache_texts::kApplication, box_style::kInformation);
     }
     m_parts.fndCache.SetCaption(cache_texts::kFindAgain);
 }

@@ -4,7 +4,9 @@
 #include <string>
 
 #include "controls/Controls.h"
-#include "runtime/System.h"
+#include "controls/Lists.h"
+#include "controls/MessageBoxes.h"
+#include "controls/MessageLoop.h"
 
 namespace kestrelguard {
 
@@ -16,22 +18,16 @@ class CacheListing {
     virtual void LoadCacheEntries(bool clearFiles, bool clearCookies, bool cookiesOnly) = 0;
 };
 
-/// The end of a single cache entry, and what the system says when it cannot be had.
-class CacheEntryDeletion {
+/// Single entries of the cache.
+class CacheEntries {
  public:
-    virtual ~CacheEntryDeletion() = default;
+    virtual ~CacheEntries() = default;
+    /// The details: three lines of text for an address.
+    virtual std::wstring CacheEntryDetails(const std::wstring& address) = 0;
     /// Deletes the entry. Answers 0, or the number of the error.
     virtual std::uint32_t DeleteUrlCacheEntryA(const std::wstring& address) = 0;
     /// The system's text for an error, cut at 200 characters.
     virtual std::wstring SystemMessage(std::uint32_t error) const = 0;
-};
-
-/// The details of a cache entry.
-class CacheEntryDetails {
- public:
-    virtual ~CacheEntryDetails() = default;
-    /// The three lines of text for an address.
-    virtual std::wstring CacheEntryDetailsOf(const std::wstring& address) = 0;
 };
 
 /// What the cache window does with its entries: lists, finds, deletes and clears them.
@@ -49,8 +45,7 @@ class CacheBrowser {
         Caption& IECacheLBL;
         Caption& CacheDetail;
         CacheListing& listing;
-        CacheEntryDeletion& deletion;
-        CacheEntryDetails& details;
+        CacheEntries& cache;
         MessageBoxes& boxes;
         MessageLoop& messages;
         /// Program-wide: cookies only.

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "controls/Controls.h"
+#include "controls/Lists.h"
 #include "runtime/KeyedCollection.h"
 #include "runtime/System.h"
 

@@ -48,13 +48,4 @@ inline constexpr wchar_t kAskCache[] = L"Are you sure you want to delete your te
 inline constexpr wchar_t kAskEntry[] = L"Delete this Internet Explorer Cache Entry now?\r\n";
 inline constexpr wchar_t kCutMark[] = L"...";
 
-// Details.
-inline constexpr wchar_t kCacheFile[] = L"Cache File: ";
-inline constexpr wchar_t kLastAccessed[] = L"Last accessed: ";
-inline constexpr wchar_t kModified[] = L"  |  Modified: ";
-inline constexpr wchar_t kLoadComplete[] = L"Load complete: ";
-inline constexpr wchar_t kExpires[] = L"  |  Expires: ";
-inline constexpr wchar_t kAccessed[] = L"Accessed: ";
-inline constexpr wchar_t kNoValue[] = L"No value.";
-
 }  // namespace kestrelguard::cache_texts

@@ -14,10 +14,6 @@ namespace {
 constexpr int kVirtualKeyShift = 0x10;
 constexpr int kVirtualKeyControl = 0x11;
 
-// OK button, information icon, system-modal, brought to the foreground.
-constexpr std::uint32_t kQuestionStyle = 0x11040;
-constexpr int kAnswerNo = 7;
-
 // How much of the address the question leaves out.
 constexpr std::size_t kAddressLeftOut = 49;
 
@@ -64,7 +60,8 @@ void PopupPolicy::Prompt(const Browser& browser, bool& cancel) {
     const std::wstring question =
         std::wstring(popup_texts::kQuestion) + kLineEnd + shown + popup_texts::kQuestionEnd;
     // Kept: the box has no No button, so this never cancels.
-    cancel = m_parts.messageBoxes.Show(question, popup_texts::kQuestionCaption, kQuestionStyle) == kAnswerNo;
+    cancel = m_parts.messageBoxes.Show(question, popup_texts::kQuestionCaption, box_style::kNotice) ==
+             box_answer::kNo;
 }
 
 void PopupPolicy::mnuPOP_Click() {

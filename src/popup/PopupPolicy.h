@@ -3,7 +3,10 @@
 #include <cstdint>
 
 #include "controls/Controls.h"
+#include "controls/MessageBoxes.h"
+#include "popup/Keyboard.h"
 #include "popup/PopupState.h"
+#include "runtime/Browser.h"
 #include "runtime/System.h"
 
 namespace kestrelguard {

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "controls/Controls.h"
+#include "controls/Lists.h"
 
 /// What the cache walk asks of the platform and of the open cache window. The verbs bear the names of the
 /// platform's calls and take their arguments, so that a reader can compare the walk with the calls it makes.

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "controls/Controls.h"
+#include "controls/MessageLoop.h"
 #include "privacy/KG_IECache.h"
 #include "privacy/UrlHistory.h"
 #include "runtime/System.h"

@@ -38,12 +38,4 @@ class ProgramFolder {
     virtual void Write(const std::wstring& name, std::wstring_view text) = 0;
 };
 
-/// The run of pending window messages ("let the user interface process pending events").
-class MessageLoop {
- public:
-    virtual ~MessageLoop() = default;
-
-    virtual void DoEvents() = 0;
-};
-
 }  // namespace kestrelguard

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "controls/Controls.h"
+#include "controls/Lists.h"
 #include "runtime/KeyedCollection.h"
 #include "runtime/LastingValues.h"
 #include "runtime/System.h"

@@ -23,10 +23,6 @@ constexpr std::int64_t kHour = 3600;
 constexpr std::wstring_view kHeaderEnd = L"\r\n\r\n";
 constexpr std::size_t kLengthDigits = 7;
 
-/// OK button, information icon, system-modal, brought to the foreground.
-constexpr std::uint32_t kNoticeStyle = 69696;
-constexpr int kYes = 6;
-
 /// The position, counted from 1, where the part begins; 0 when it is not there.
 std::size_t PositionOf(std::wstring_view text, std::wstring_view part) {
     const std::size_t at = text.find(part);
@@ -249,9 +245,9 @@ void UpdateCheck::Offer(const std::wstring& offered) {
     const std::wstring question =
         texts::kQuestionBegin + offered.substr(0, kShownVersion) + texts::kQuestionEnd;
     const int answer = m_boxes.Show(std::wstring(texts::kNotice) + kLineEnd + kLineEnd + question,
-                                    texts::kNoticeTitle, kNoticeStyle);
+                                    texts::kNoticeTitle, box_style::kNotice);
     // Kept: the box has no Yes button, so the updater is never started from here.
-    if (answer == kYes && IsVersion(offered)) {
+    if (answer == box_answer::kYes && IsVersion(offered)) {
         m_program.StartUpdater(L"/v" + offered + L" /t" + m_program.MainWindowText());
     }
 }

@@ -4,7 +4,8 @@
 #include <cstdint>
 #include <string>
 
-#include "controls/Controls.h"
+#include "controls/MessageBoxes.h"
+#include "controls/MessageLoop.h"
 #include "controls/Winsock.h"
 #include "runtime/System.h"
 #include "update/WindowsVersion.h"

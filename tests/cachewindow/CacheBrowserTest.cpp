@@ -18,7 +18,8 @@ struct FakeListing final : CacheListing {
     std::string log;
 };
 
-struct FakeDeletion final : CacheEntryDeletion {
+struct FakeEntries final : CacheEntries {
+    std::wstring CacheEntryDetails(const std::wstring& address) override { return L"<" + address + L">"; }
     std::uint32_t DeleteUrlCacheEntryA(const std::wstring& address) override {
         deleted.push_back(address);
         return error;
@@ -26,10 +27,6 @@ struct FakeDeletion final : CacheEntryDeletion {
     std::wstring SystemMessage(std::uint32_t) const override { return L"File not found.\r\n"; }
     std::vector<std::wstring> deleted;
     std::uint32_t error = 0;
-};
-
-struct FakeDetails final : CacheEntryDetails {
-    std::wstring CacheEntryDetailsOf(const std::wstring& address) override { return L"<" + address + L">"; }
 };
 
 struct CacheBrowserTest : testing::Test {
@@ -41,13 +38,12 @@ struct CacheBrowserTest : testing::Test {
     FakeCaption label;
     FakeCaption detail;
     FakeListing listing;
-    FakeDeletion deletion;
-    FakeDetails details;
+    FakeEntries cache;
     FakeMessageBoxes boxes;
     FakeMessageLoop messages;
     bool ShowCookiesOnly = false;
-    CacheBrowser browser{{rows, selection, fndTXT, find, findTip, label, detail, listing, deletion, details,
-                          boxes, messages, ShowCookiesOnly}};
+    CacheBrowser browser{{rows, selection, fndTXT, find, findTip, label, detail, listing, cache, boxes,
+                          messages, ShowCookiesOnly}};
 
     void Fill(std::initializer_list<const wchar_t*> texts) {
         rows.rows.clear();
@@ -112,7 +108,7 @@ TEST_F(CacheBrowserTest, ADoubleClickAsksWithTheFirstFiftyCharacters) {
               L"Delete this Internet Explorer Cache Entry now?\r\n" + std::wstring(50, L'a') + L"...");
     EXPECT_EQ(boxes.shown[0].caption, L"Kestrelguard - Confirm Cache Deletion!");
     EXPECT_EQ(boxes.shown[0].style, 68U);
-    EXPECT_TRUE(deletion.deleted.empty());
+    EXPECT_TRUE(cache.deleted.empty());
     EXPECT_EQ(rows.rows.size(), 1U);
 }
 
@@ -121,7 +117,7 @@ TEST_F(CacheBrowserTest, ADeletedEntryLeavesTheList) {
     selection.row = 1;
     boxes.answer = 6;
     browser.kg_CLST_DblClick();
-    EXPECT_EQ(deletion.deleted, (std::vector<std::wstring>{L"b"}));
+    EXPECT_EQ(cache.deleted, (std::vector<std::wstring>{L"b"}));
     ASSERT_EQ(rows.rows.size(), 2U);
     EXPECT_EQ(rows.rows[1], L"c");
 }
@@ -130,7 +126,7 @@ TEST_F(CacheBrowserTest, AFailedDeletionIsToldWithTheSystemsText) {
     Fill({L"a"});
     selection.row = 0;
     boxes.answer = 6;
-    deletion.error = 2;
+    cache.error = 2;
     browser.kg_CLST_DblClick();
     ASSERT_EQ(boxes.shown.size(), 2U);
     EXPECT_EQ(boxes.shown[1].text, L"2 File not found.\r\n");

@@ -13,12 +13,17 @@
 #include <vector>
 
 #include "controls/Controls.h"
+#include "controls/Lists.h"
+#include "controls/MessageBoxes.h"
+#include "controls/MessageLoop.h"
+#include "controls/Tree.h"
+#include "runtime/Browser.h"
 #include "runtime/LineSplitter.h"
 #include "runtime/RunTimeError.h"
 #include "runtime/System.h"
 
-/// One fake for each interface of controls/Controls.h and runtime/System.h: what a handler reads are public
-/// fields, what it did is kept in public fields.
+/// One fake for each interface of controls/ and of runtime/Browser.h and runtime/System.h: what a handler
+/// reads are public fields, what it did is kept in public fields.
 namespace kestrelguard {
 
 /// Lets one call out of many fail. Hand the same object to all fakes of a test, count the calls of a good
@@ -269,17 +274,6 @@ class FakeMessageBoxes : public MessageBoxes, public Fallible {
     int answer = 1;
     /// What happens while the box waits for the user.
     std::function<void()> whileShown;
-};
-
-class FakeKeyboard : public Keyboard, public Fallible {
- public:
-    std::int16_t AsyncKeyState(int virtualKey) override {
-        Call();
-        asked.push_back(virtualKey);
-        return states[virtualKey];
-    }
-    std::map<int, std::int16_t> states;
-    std::vector<int> asked;
 };
 
 class FakeBrowser : public Browser, public Fallible {

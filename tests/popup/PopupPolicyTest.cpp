@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,17 @@ constexpr int kControl = 0x11;
 constexpr int kShift = 0x10;
 constexpr std::int16_t kHeld = std::numeric_limits<std::int16_t>::min();
 constexpr std::int16_t kPressedBefore = 1;
+class FakeKeyboard : public Keyboard, public Fallible {
+ public:
+    std::int16_t AsyncKeyState(int virtualKey) override {
+        Call();
+        asked.push_back(virtualKey);
+        return states[virtualKey];
+    }
+    std::map<int, std::int16_t> states;
+    std::vector<int> asked;
+};
+
 constexpr std::int32_t kFull = std::numeric_limits<std::int32_t>::max();
 
 /// Keeps what was written and whether the shell was asked to show it.

@@ -4,11 +4,11 @@ namespace kestrelguard {
 
 void CacheWindowHost::ShowCacheWindow() {
     if (!m_form) {
-        m_form = CacheForm::Create({m_parts.icon, kCacheWindowCaption, *this, m_entries, m_entries,
-                                    m_parts.messages, m_parts.savedCookies, m_parts.savedCookiesFile,
-                                    m_parts.ShowCookiesOnly, m_parts.showError, [this] { Forget(); }});
+        m_form = CacheForm::Create({m_parts.icon, kCacheWindowCaption, *this, *this, m_parts.messages,
+                                    m_parts.savedCookies, m_parts.savedCookiesFile, m_parts.ShowCookiesOnly,
+                                    m_parts.showError, [this] { Forget(); }});
         m_window.emplace(CacheWindow{m_form->Entries(), m_form->Entries(), m_form->EntriesVisibility(),
-                                     m_form->CountLabel(), m_form->DetailsLabel(), *this});
+                                     m_form->CountLabel(), m_form->DetailsLabel(), m_entries});
         m_parts.windows.SetOwn(&*m_window);
         const auto form = m_form;
         form->Form_Load();

@@ -5,14 +5,14 @@
 
 #include "cachewindow/SavedCookies.h"
 #include "cachewindow/win32/CacheForm.h"
-#include "cachewindow/win32/WinInetEntries.h"
 #include "privacy/Washer.h"
 #include "privacy/win32/WinInetCache.h"
+#include "privacy/win32/WinInetEntries.h"
 
 namespace kestrelguard {
 
 /// The one cache window: makes it when it is asked for and ties it to the cache walk.
-class CacheWindowHost final : public CacheWindowOpener, CacheListing, CacheDetails {
+class CacheWindowHost final : public CacheWindowOpener, CacheListing, CacheEntries {
  public:
     /// All of it outlives the host.
     struct Parts {
@@ -36,8 +36,12 @@ class CacheWindowHost final : public CacheWindowOpener, CacheListing, CacheDetai
  private:
     void LoadCacheEntries(bool clearFiles, bool clearCookies, bool cookiesOnly) override;
     std::wstring CacheEntryDetails(const std::wstring& address) override {
-        return m_entries.CacheEntryDetailsOf(address);
+        return m_entries.CacheEntryDetails(address);
     }
+    std::uint32_t DeleteUrlCacheEntryA(const std::wstring& address) override {
+        return m_entries.DeleteUrlCacheEntryA(address);
+    }
+    std::wstring SystemMessage(std::uint32_t error) const override { return m_entries.SystemMessage(error); }
     void Forget();
 
     Parts m_parts;

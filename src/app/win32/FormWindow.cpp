@@ -8,6 +8,7 @@
 
 #include "app/Texts.h"
 #include "blocking/Texts.h"
+#include "controls/win32/PlatformMessageLoop.h"
 #include "resource.h"
 #include "runtime/Edge.h"
 #include "runtime/ProgramVersion.h"

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "app/win32/ControlIds.h"
-#include "controls/win32/Win32Controls.h"
+#include "controls/win32/ToolTips.h"
 #include "runtime/win32/Owners.h"
 
 namespace kestrelguard {

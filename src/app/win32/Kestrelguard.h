@@ -13,7 +13,6 @@
 #include "app/win32/FormWindow.h"
 #include "app/win32/PlatformTray.h"
 #include "browsertree/BrowserTree.h"
-#include "controls/win32/Win32Controls.h"
 #include "runtime/KeyedCollection.h"
 #include "runtime/LastingValues.h"
 

@@ -1,7 +1,6 @@
 #include "app/win32/UpdateHost.h"
 
 #include "controls/win32/Win32Controls.h"
-#include "runtime/Numbers.h"
 #include "runtime/ProgramVersion.h"
 #include "update/win32/UpdatePlatform.h"
 
@@ -9,7 +8,7 @@ namespace kestrelguard {
 
 UpdateData UpdateHost::Beginning() {
     UpdateData data;
-    data.versionText = Decimal(kMajorVersion) + L"." + Decimal(kMinorVersion) + L"." + Decimal(kRevision);
+    data.versionText = VersionText();
     return data;
 }
 

@@ -3,6 +3,7 @@
 #include <commctrl.h>
 
 #include "cachewindow/Texts.h"
+#include "controls/win32/PlatformMessageLoop.h"
 #include "runtime/Edge.h"
 #include "runtime/win32/AnsiText.h"
 
@@ -110,8 +111,7 @@ CacheForm::CacheForm(const Parts& parts)
     : m_parts(parts),
       m_dpi(ScreenDpi()),
       m_browser({m_entries, m_entries, m_findText, m_findButton, m_findTip, m_countLabel, m_detailsLabel,
-                 parts.listing, parts.deletion, parts.details, m_boxes, parts.messages,
-                 parts.ShowCookiesOnly}),
+                 parts.listing, parts.cache, m_boxes, parts.messages, parts.ShowCookiesOnly}),
       m_savedEditor({m_entries, m_entries, m_saved, m_saved, m_savedTip, parts.savedCookies}) {}
 
 CacheForm::~CacheForm() {

@@ -10,6 +10,8 @@
 #include "cachewindow/CacheBrowser.h"
 #include "cachewindow/CacheLayout.h"
 #include "cachewindow/SavedCookies.h"
+#include "controls/win32/PlatformMessageBoxes.h"
+#include "controls/win32/ToolTips.h"
 #include "controls/win32/Win32Controls.h"
 #include "runtime/RunTimeError.h"
 #include "runtime/win32/Owners.h"
@@ -28,8 +30,7 @@ class CacheForm final : public std::enable_shared_from_this<CacheForm> {
         /// The caption, by which others find the window.
         const char* caption;
         CacheListing& listing;
-        CacheEntryDeletion& deletion;
-        CacheEntryDetails& details;
+        CacheEntries& cache;
         MessageLoop& messages;
         TextSet& savedCookies;
         SavedCookiesStore& savedCookiesFile;

@@ -8,7 +8,7 @@
 #include <string>
 #include <unordered_map>
 
-#include "controls/Controls.h"
+#include "controls/Tree.h"
 
 namespace kestrelguard {
 

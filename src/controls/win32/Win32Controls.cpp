@@ -1,7 +1,5 @@
 #include "controls/win32/Win32Controls.h"
 
-#include <commctrl.h>
-
 #include <algorithm>
 
 #include "runtime/RunTimeError.h"
@@ -219,108 +217,6 @@ void EnabledControl::SetEnabled(bool enabled) {
         SendMessageA(GetParent(m_window), WM_NEXTDLGCTL, 0, FALSE);
     }
     EnableWindow(m_window, enabled ? TRUE : FALSE);
-}
-
-void TimerControl::SetEnabled(bool enabled) {
-    if (!enabled) {
-        Stop();
-    } else if (!m_enabled) {
-        m_enabled = SetTimer(m_window, m_id, m_milliseconds, nullptr) != 0;
-    }
-}
-
-void TimerControl::Stop() {
-    if (m_enabled) {
-        KillTimer(m_window, m_id);
-        m_enabled = false;
-    }
-}
-
-bool MenuCheckMark::Checked() const {
-    return (GetMenuState(m_menu, m_id, MF_BYCOMMAND) & static_cast<UINT>(MF_CHECKED)) != 0;
-}
-
-void MenuCheckMark::SetChecked(bool checked) {
-    CheckMenuItem(m_menu, m_id, MF_BYCOMMAND | static_cast<UINT>(checked ? MF_CHECKED : MF_UNCHECKED));
-}
-
-void MenuCaption::SetCaption(const std::wstring& text) {
-    const UINT checked = GetMenuState(m_menu, m_id, MF_BYCOMMAND) & static_cast<UINT>(MF_CHECKED);
-    ModifyMenuA(m_menu, m_id, MF_BYCOMMAND | MF_STRING | checked, m_id, ToAnsi(text).c_str());
-}
-
-void ToolTips::Create(HWND owner) {
-    m_owner = owner;
-    m_tips = CreateWindowExA(WS_EX_TOPMOST, TOOLTIPS_CLASSA, nullptr, WS_POPUP | TTS_ALWAYSTIP | TTS_NOPREFIX,
-                             0, 0, 0, 0, owner, nullptr, GetModuleHandleA(nullptr), nullptr);
-}
-
-void ToolTips::Set(HWND control, const std::wstring& text) {
-    std::string tip = ToAnsi(text);
-    TTTOOLINFOA tool = {};
-    // The first form of the record: old common controls refuse the later ones.
-    tool.cbSize = TTTOOLINFOA_V1_SIZE;
-    tool.uFlags = TTF_IDISHWND | TTF_SUBCLASS;
-    tool.hwnd = m_owner;
-    tool.uId = reinterpret_cast<UINT_PTR>(control);
-    tool.lpszText = tip.data();
-    SendMessageA(m_tips, TTM_DELTOOLA, 0, reinterpret_cast<LPARAM>(&tool));
-    if (!tip.empty()) {
-        SendMessageA(m_tips, TTM_ADDTOOLA, 0, reinterpret_cast<LPARAM>(&tool));
-    }
-}
-
-int PlatformMessageBoxes::Show(const std::wstring& text, const std::wstring& caption, std::uint32_t style) {
-    return MessageBoxA(m_owner, ToAnsi(text).c_str(), ToAnsi(caption).c_str(), style);
-}
-
-namespace {
-
-std::vector<HWND>& OpenDialogs() {
-    static std::vector<HWND> windows;
-    return windows;
-}
-
-}  // namespace
-
-void DialogWindows::Add(HWND window) {
-    OpenDialogs().push_back(window);
-}
-
-void DialogWindows::Remove(HWND window) {
-    std::erase(OpenDialogs(), window);
-}
-
-void DialogWindows::Dispatch(MSG& message) {
-    for (const HWND window : OpenDialogs()) {
-        if (message.hwnd == window || IsChild(window, message.hwnd)) {
-            if (IsDialogMessageA(window, &message)) {
-                return;
-            }
-            break;
-        }
-    }
-    TranslateMessage(&message);
-    DispatchMessageA(&message);
-}
-
-void PlatformMessageLoop::DoEvents() {
-    MSG message = {};
-    while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
-        if (message.message == WM_QUIT) {
-            PostQuitMessage(static_cast<int>(message.wParam));
-            return;
-        }
-        DialogWindows::Dispatch(message);
-    }
-}
-
-int PlatformMessageLoop::Run() {
-    MSG message = {};
-    while (GetMessageA(&message, nullptr, 0, 0) > 0) {
-        DialogWindows::Dispatch(message);
-    }
-    return static_cast<int>(message.wParam);
 }
 
 }  // namespace kestrelguard

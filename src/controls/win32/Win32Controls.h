@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "controls/Controls.h"
-#include "runtime/System.h"
+#include "controls/Lists.h"
 
 /// The real controls behind controls/Controls.h. None of them owns its window: the form creates and
 /// destroys the windows.
@@ -137,107 +137,6 @@ class EnabledControl final : public Switch {
 
  private:
     HWND m_window = nullptr;
-};
-
-/// A timer of a window; its ticks arrive there as WM_TIMER with the timer's id.
-class TimerControl final : public Switch {
- public:
-    TimerControl(UINT_PTR id, UINT milliseconds) : m_id(id), m_milliseconds(milliseconds) {}
-    ~TimerControl() override { Stop(); }
-    TimerControl(const TimerControl&) = delete;
-    TimerControl& operator=(const TimerControl&) = delete;
-
-    void Attach(HWND window) { m_window = window; }
-    UINT_PTR Id() const { return m_id; }
-    bool Enabled() const override { return m_enabled; }
-    void SetEnabled(bool enabled) override;
-
- private:
-    void Stop();
-
-    HWND m_window = nullptr;
-    UINT_PTR m_id;
-    UINT m_milliseconds;
-    bool m_enabled = false;
-};
-
-class MenuCheckMark final : public CheckMark {
- public:
-    void Attach(HMENU menu, UINT id) {
-        m_menu = menu;
-        m_id = id;
-    }
-    bool Checked() const override;
-    void SetChecked(bool checked) override;
-
- private:
-    HMENU m_menu = nullptr;
-    UINT m_id = 0;
-};
-
-class MenuCaption final : public Caption {
- public:
-    void Attach(HMENU menu, UINT id) {
-        m_menu = menu;
-        m_id = id;
-    }
-    void SetCaption(const std::wstring& text) override;
-
- private:
-    HMENU m_menu = nullptr;
-    UINT m_id = 0;
-};
-
-/// The tool tips of one form: one tip window for all its controls.
-class ToolTips {
- public:
-    /// Creates the tip window; it goes with its owner.
-    void Create(HWND owner);
-    void Set(HWND control, const std::wstring& text);
-
- private:
-    HWND m_tips = nullptr;
-    HWND m_owner = nullptr;
-};
-
-class ToolTipControl final : public ToolTip {
- public:
-    void Attach(ToolTips& tips, HWND control) {
-        m_tips = &tips;
-        m_control = control;
-    }
-    void SetToolTip(const std::wstring& text) override { m_tips->Set(m_control, text); }
-
- private:
-    ToolTips* m_tips = nullptr;
-    HWND m_control = nullptr;
-};
-
-class PlatformMessageBoxes final : public MessageBoxes {
- public:
-    /// The window that owns the boxes; none for boxes that stand alone.
-    void Attach(HWND owner) { m_owner = owner; }
-    int Show(const std::wstring& text, const std::wstring& caption, std::uint32_t style) override;
-
- private:
-    HWND m_owner = nullptr;
-};
-
-/// The windows whose keyboard is handled like a dialog's: Tab, arrows, Enter, Esc.
-class DialogWindows {
- public:
-    static void Add(HWND window);
-    static void Remove(HWND window);
-    /// Dispatches one message the way the program's message loop does.
-    static void Dispatch(MSG& message);
-};
-
-class PlatformMessageLoop final : public MessageLoop {
- public:
-    /// Runs the messages that are waiting, then returns.
-    void DoEvents() override;
-    /// Runs messages until the program is asked to quit. Answers its exit code.
-    static int Run();
 };
 
 }  // namespace kestrelguard

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "controls/Controls.h"
 #include "monitoring/win32/cBrowsers.h"
+#include "runtime/Browser.h"
 #include "runtime/win32/Com.h"
 
 namespace kestrelguard {

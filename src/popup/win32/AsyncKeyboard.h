@@ -1,6 +1,6 @@
 #pragma once
 
-#include "controls/Controls.h"
+#include "popup/Keyboard.h"
 
 namespace kestrelguard {
 

@@ -4,8 +4,8 @@
 
 #include <cstddef>
 
+#include "privacy/win32/WinInet.h"
 #include "runtime/win32/AnsiText.h"
-#include "runtime/win32/WinInet.h"
 
 namespace kestrelguard {
 

@@ -3,11 +3,11 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <array>
 
 #include "runtime/RunTimeError.h"
 #include "runtime/win32/AnsiText.h"
 #include "runtime/win32/Owners.h"
+#include "runtime/win32/Win32ProgramFolder.h"
 
 namespace kestrelguard {
 
@@ -48,14 +48,7 @@ std::int64_t PlatformClock::Now() const {
 }
 
 void StartUpdaterProgram(const std::wstring& arguments) {
-    std::array<char, MAX_PATH> self{};
-    const DWORD length = GetModuleFileNameA(nullptr, self.data(), static_cast<DWORD>(self.size()));
-    std::string program(self.data(), std::min<std::size_t>(length, self.size() - 1));
-    const std::size_t slash = program.rfind('\\');
-    if (slash == std::string::npos) {
-        throw RunTimeError(RunTimeError::kPathNotFound);
-    }
-    program = program.substr(0, slash) + "\\ZEVUpdate.exe";
+    const std::string program = ToAnsi(FolderOfProgram() + L"\\ZEVUpdate.exe");
     std::string command = '"' + program + "\" " + ToAnsi(arguments);
     STARTUPINFOA startup{};
     startup.cb = sizeof startup;

@@ -1,4 +1,4 @@
-#include "runtime/FixedText64.h"
+#include "app/FixedText64.h"
 
 #include <gtest/gtest.h>
 

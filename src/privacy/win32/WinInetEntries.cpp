@@ -1,4 +1,4 @@
-#include "cachewindow/win32/WinInetEntries.h"
+#include "privacy/win32/WinInetEntries.h"
 
 #include <windows.h>
 
@@ -9,9 +9,9 @@
 #include <cstring>
 #include <vector>
 
-#include "cachewindow/CacheEntryDetails.h"
+#include "privacy/CacheEntryDetails.h"
+#include "privacy/win32/WinInet.h"
 #include "runtime/win32/AnsiText.h"
-#include "runtime/win32/WinInet.h"
 
 namespace kestrelguard {
 
@@ -59,7 +59,7 @@ std::wstring WinInetEntries::SystemMessage(std::uint32_t error) const {
     return FromAnsi({text.data(), length});
 }
 
-std::wstring WinInetEntries::CacheEntryDetailsOf(const std::wstring& address) {
+std::wstring WinInetEntries::CacheEntryDetails(const std::wstring& address) {
     const std::string ansi = ToAnsi(address);
     std::vector<char> buffer(kBufferSize);
     DWORD size = kBufferSize;

@@ -1,10 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
-
-#include "runtime/System.h"
 
 namespace kestrelguard {
 

@@ -1,4 +1,4 @@
-#include "runtime/win32/WinInet.h"
+#include "privacy/win32/WinInet.h"
 
 #include <wininet.h>
 

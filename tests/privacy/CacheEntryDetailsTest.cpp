@@ -1,4 +1,4 @@
-#include "cachewindow/CacheEntryDetails.h"
+#include "privacy/CacheEntryDetails.h"
 
 #include <gtest/gtest.h>
 

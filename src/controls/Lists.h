@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace kestrelguard {
+
+/// The rows of a list box, counted from 0.
+class ListRows {
+ public:
+    virtual ~ListRows() = default;
+    virtual std::int32_t Count() const = 0;
+    /// The row's text; an empty text for a row that is not there.
+    virtual std::wstring Row(std::int32_t row) const = 0;
+    virtual void Append(const std::wstring& text) = 0;
+    /// Throws kInvalidCall for a row that is not there.
+    virtual void Remove(std::int32_t row) = 0;
+    virtual void Clear() = 0;
+    /// Many appends are coming / are over: the list is not drawn between the two. Calls nest.
+    virtual void BeginFill() {}
+    virtual void EndFill() {}
+};
+
+/// BeginFill now, EndFill at the end of the scope.
+class ListFill {
+ public:
+    explicit ListFill(ListRows& rows) : m_rows(rows) { m_rows.BeginFill(); }
+    ~ListFill() { m_rows.EndFill(); }
+    ListFill(const ListFill&) = delete;
+    ListFill& operator=(const ListFill&) = delete;
+
+ private:
+    ListRows& m_rows;
+};
+
+/// The selected row of a list box.
+class ListSelection {
+ public:
+    virtual ~ListSelection() = default;
+    /// -1 when no row is selected.
+    virtual std::int32_t SelectedRow() const = 0;
+    virtual void SelectRow(std::int32_t row) = 0;
+};
+
+}  // namespace kestrelguard

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace kestrelguard {
+
+/// One running browser window. A window that no longer answers throws RunTimeError with the call's HRESULT.
+class Browser {
+ public:
+    virtual ~Browser() = default;
+    /// The handle of its frame window (`HWND`).
+    virtual std::int32_t Handle() const = 0;
+    virtual std::wstring LocationName() const = 0;
+    virtual std::wstring LocationURL() const = 0;
+    virtual std::wstring StatusText() const = 0;
+    /// Both with all optional arguments omitted.
+    virtual void Navigate(const std::wstring& address) = 0;
+    virtual void Navigate2(const std::wstring& address) = 0;
+};
+
+}  // namespace kestrelguard
