@@ -3,12 +3,23 @@
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR i686)
 
-set(CMAKE_C_COMPILER i686-w64-mingw32-gcc-win32)
-set(CMAKE_CXX_COMPILER i686-w64-mingw32-g++-win32)
-set(CMAKE_RC_COMPILER i686-w64-mingw32-windres)
-set(CMAKE_OBJDUMP i686-w64-mingw32-objdump)
+# The compiler of this machine, or the one in the user's cache. Asked once for each run of CMake, which reads this file
+# several times.
+if(NOT DEFINED ENV{KESTRELGUARD_CROSS_PROGRAMS})
+  execute_process(COMMAND ${CMAKE_CURRENT_LIST_DIR}/../scripts/cross-compiler
+    OUTPUT_VARIABLE cross_programs OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+  set(ENV{KESTRELGUARD_CROSS_PROGRAMS} ${cross_programs})
+endif()
+set(programs $ENV{KESTRELGUARD_CROSS_PROGRAMS}/i686-w64-mingw32)
 
-set(CMAKE_FIND_ROOT_PATH /usr/i686-w64-mingw32)
+set(CMAKE_C_COMPILER ${programs}-gcc-win32)
+set(CMAKE_CXX_COMPILER ${programs}-g++-win32)
+set(CMAKE_RC_COMPILER ${programs}-windres)
+set(CMAKE_AR ${programs}-ar)
+set(CMAKE_RANLIB ${programs}-ranlib)
+set(CMAKE_OBJDUMP ${programs}-objdump)
+
+set(CMAKE_FIND_ROOT_PATH $ENV{KESTRELGUARD_CROSS_PROGRAMS}/../i686-w64-mingw32)
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)

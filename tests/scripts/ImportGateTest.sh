@@ -3,6 +3,7 @@
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 gate=$here/../../scripts/import-gate
+cross=$("$here/../../scripts/cross-compiler")/i686-w64-mingw32
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 failures=0
@@ -45,18 +46,18 @@ cat >"$work/newer.c" <<'CODE'
 #include <windows.h>
 int main(void) { return (int)GetTickCount64(); }
 CODE
-i686-w64-mingw32-gcc-win32 -o "$work/newer.exe" "$work/newer.c"
+"$cross-gcc-win32" -o "$work/newer.exe" "$work/newer.c"
 fails "$work/newer.exe" 'imports GetTickCount64 of kernel32.dll'
 sed -i 's/GetTickCount64/GetTickCount/' "$work/newer.c"
-i686-w64-mingw32-gcc-win32 -o "$work/newer.exe" "$work/newer.c"
+"$cross-gcc-win32" -o "$work/newer.exe" "$work/newer.c"
 passes "$work/newer.exe"
 
 # The thread model of the compiler is guarded where the program is compiled.
-if i686-w64-mingw32-g++-win32 -D_GLIBCXX_HAS_GTHREADS=1 -std=c++20 -fsyntax-only \
+if "$cross-g++-win32" -D_GLIBCXX_HAS_GTHREADS=1 -std=c++20 -fsyntax-only \
     "$here/../../src/runtime/win32/Toolchain.cpp" 2>"$work/said"; then
     echo "a compiler with the posix thread model is not refused" && failures=1
 fi
 grep -q 'win32 thread model' "$work/said" || { echo "the refusal gives no reason" && failures=1; }
-i686-w64-mingw32-g++-win32 -std=c++20 -fsyntax-only "$here/../../src/runtime/win32/Toolchain.cpp" || failures=1
+"$cross-g++-win32" -std=c++20 -fsyntax-only "$here/../../src/runtime/win32/Toolchain.cpp" || failures=1
 
 exit "$failures"
