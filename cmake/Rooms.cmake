@@ -44,6 +44,13 @@ function(kg_room name)
   endif()
 endfunction()
 
+# kg_quick_tests(<test> ...)
+#
+# Tests that run on this machine without Wine, and before all others.
+function(kg_quick_tests)
+  set_tests_properties(${ARGN} PROPERTIES LABELS host COST 4000)
+endfunction()
+
 # kg_host_tests(<room> [SOURCES ...] [DEPENDS room ...])
 #
 # The native tests of a room's deciding half: one program kg_<room>_tests, run by ctest.
@@ -59,6 +66,7 @@ function(kg_host_tests room)
   endforeach()
   target_include_directories(kg_${room}_tests PRIVATE ${CMAKE_SOURCE_DIR}/tests)
   add_test(NAME ${room} COMMAND kg_${room}_tests --gtest_brief=1)
+  kg_quick_tests(${room})
 endfunction()
 
 # kg_windows_tests(<room> [SOURCES ...] [DEPENDS room ...] [LIBS library ...])
@@ -77,4 +85,6 @@ function(kg_windows_tests room)
   target_include_directories(kg_${room}_windows_tests PRIVATE ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/tests)
   add_test(NAME ${room}-windows
     COMMAND ${CMAKE_SOURCE_DIR}/scripts/wine-session -- $<TARGET_FILE:kg_${room}_windows_tests> --gtest_brief=1)
+  # After the quick ones, before the desktop tests, which take minutes.
+  set_tests_properties(${room}-windows PROPERTIES LABELS wine COST 3000)
 endfunction()
