@@ -11,8 +11,9 @@
 namespace kestrelguard {
 
 /// The form's handlers of the browser events control: `IEEvents1_<event>`. Each hands the event to the
-/// subsystems that act on it, in the order in which they must, and does nothing else.
-class FormEvents final : public BrowserEvents {
+/// subsystems that act on it, in the order in which they must, and does nothing else. On the events that are
+/// not here nobody acts.
+class FormEvents final : public NoBrowserEvents {
  public:
     /// All of it outlives the events.
     struct Parts {
@@ -33,16 +34,6 @@ class FormEvents final : public BrowserEvents {
     void TitleChange(IWebBrowser2*& Browser, const std::wstring& Text) override;
     void BrowserCreated(IWebBrowser2* Browser) override;
     void BrowserDestroyed() override;
-
-    // Nobody acts on these.
-    void DownLoadBegin(IWebBrowser2*&) override {}
-    void DownLoadComplete(IWebBrowser2*&) override {}
-    void FileDownload(IWebBrowser2*&, VARIANT_BOOL&) override {}
-    void NavigateComplete(IWebBrowser2*&, IDispatch*, VARIANT&) override {}
-    void NavigateError(IWebBrowser2*&, IDispatch*, VARIANT&, VARIANT&, VARIANT&, VARIANT_BOOL&) override {}
-    void OnFullScreen(IWebBrowser2*&, VARIANT_BOOL) override {}
-    void ProgressChange(IWebBrowser2*&, LONG, LONG) override {}
-    void WindowClosing(IWebBrowser2*&, VARIANT_BOOL, VARIANT_BOOL&) override {}
 
  private:
     Parts m_parts;

@@ -4,6 +4,8 @@
 
 #include <oaidl.h>
 
+#include "monitoring/win32/EventRows.h"
+
 namespace kestrelguard {
 
 inline constexpr GUID IID_IBrowser = {
@@ -17,35 +19,17 @@ inline constexpr GUID IID_IBrowser = {
 struct IBrowser : public IDispatch {
     /// Comes before each of the others and says which browser they speak of.
     virtual HRESULT STDMETHODCALLTYPE SetBrowserInst(IDispatch** /*oBrowser*/) { return S_OK; }
-    virtual HRESULT STDMETHODCALLTYPE BeforeNavigate2(IDispatch* /*pDisp*/, VARIANT* /*URL*/,
-                                                      VARIANT* /*Flags*/, VARIANT* /*TargetFrameName*/,
-                                                      VARIANT* /*PostData*/, VARIANT* /*Headers*/,
-                                                      VARIANT_BOOL* /*Cancel*/) {
-        return S_OK;
+    /// NewWindow2's receiver may replace the object: it releases the old one and leaves a reference to the
+    /// new one.
+#define KG_SLOT(name, event, handler, parameters, arguments) \
+    virtual HRESULT STDMETHODCALLTYPE name parameters {      \
+        return Nothing arguments;                            \
     }
-    virtual HRESULT STDMETHODCALLTYPE DocumentComplete(IDispatch* /*pDisp*/, VARIANT* /*URL*/) {
-        return S_OK;
-    }
-    virtual HRESULT STDMETHODCALLTYPE DownLoadBegin() { return S_OK; }
-    virtual HRESULT STDMETHODCALLTYPE DownLoadComplete() { return S_OK; }
-    virtual HRESULT STDMETHODCALLTYPE FileDownload(VARIANT_BOOL* /*Cancel*/) { return S_OK; }
-    virtual HRESULT STDMETHODCALLTYPE NavigateComplete2(IDispatch* /*pDisp*/, VARIANT* /*URL*/) {
-        return S_OK;
-    }
-    virtual HRESULT STDMETHODCALLTYPE NavigateError(IDispatch* /*pDisp*/, VARIANT* /*URL*/,
-                                                    VARIANT* /*Frame*/, VARIANT* /*StatusCode*/,
-                                                    VARIANT_BOOL* /*Cancel*/) {
-        return S_OK;
-    }
-    /// The receiver may replace the object: it releases the old one and leaves a reference to the new one.
-    virtual HRESULT STDMETHODCALLTYPE NewWindow2(IDispatch** /*ppDisp*/, VARIANT_BOOL* /*Cancel*/) {
-        return S_OK;
-    }
-    virtual HRESULT STDMETHODCALLTYPE OnFullScreen(VARIANT_BOOL /*FullScreen*/) { return S_OK; }
-    virtual HRESULT STDMETHODCALLTYPE ProgressChange(LONG /*Progress*/, LONG /*ProgressMax*/) { return S_OK; }
-    virtual HRESULT STDMETHODCALLTYPE TitleChange(BSTR /*Text*/) { return S_OK; }
-    virtual HRESULT STDMETHODCALLTYPE WindowClosing(VARIANT_BOOL /*IsChildWindow*/,
-                                                    VARIANT_BOOL* /*Cancel*/) {
+    KG_BROWSER_OPERATIONS(KG_SLOT)
+#undef KG_SLOT
+
+ private:
+    static HRESULT Nothing(const auto&... /*arguments*/) {
         return S_OK;
     }
 };

@@ -82,125 +82,14 @@ void IEEvents::WriteProperties(PropertyBag& bag) const {
     bag.WriteProperty(kEnabled, !oBrowserEvents, false);
 }
 
-void IEEvents::oBrowserEvents_BrowserNavigating(IWebBrowser2*& Browser, IDispatch* pDisp, VARIANT& URL,
-                                                VARIANT& Flags, VARIANT& TargetFrameName, VARIANT& PostData,
-                                                VARIANT& Headers, VARIANT_BOOL& Cancel) {
-    m_host.BrowserNavigating(Browser, pDisp, URL, Flags, TargetFrameName, PostData, Headers, Cancel);
-}
-
-void IEEvents::oBrowserEvents_DocumentComplete(IWebBrowser2*& Browser, IDispatch*& pDisp, VARIANT& URL) {
-    m_host.DocumentComplete(Browser, pDisp, URL);
-}
-
-void IEEvents::oBrowserEvents_DownLoadBegin(IWebBrowser2*& Browser) {
-    m_host.DownLoadBegin(Browser);
-}
-
-void IEEvents::oBrowserEvents_DownLoadComplete(IWebBrowser2*& Browser) {
-    m_host.DownLoadComplete(Browser);
-}
-
-void IEEvents::oBrowserEvents_FileDownload(IWebBrowser2*& Browser, VARIANT_BOOL& Cancel) {
-    m_host.FileDownload(Browser, Cancel);
-}
-
-void IEEvents::oBrowserEvents_NavigateComplete(IWebBrowser2*& Browser, IDispatch* pDisp, VARIANT& URL) {
-    m_host.NavigateComplete(Browser, pDisp, URL);
-}
-
-void IEEvents::oBrowserEvents_NavigateError(IWebBrowser2*& Browser, IDispatch* pDisp, VARIANT& URL,
-                                            VARIANT& Frame, VARIANT& StatusCode, VARIANT_BOOL& Cancel) {
-    m_host.NavigateError(Browser, pDisp, URL, Frame, StatusCode, Cancel);
-}
-
-void IEEvents::oBrowserEvents_NewWindow(IWebBrowser2*& Browser, IDispatch*& ppDisp, VARIANT_BOOL& Cancel) {
-    m_host.NewWindow(Browser, ppDisp, Cancel);
-}
-
-void IEEvents::oBrowserEvents_OnFullScreen(IWebBrowser2*& Browser, VARIANT_BOOL FullScreen) {
-    m_host.OnFullScreen(Browser, FullScreen);
-}
-
-void IEEvents::oBrowserEvents_ProgressChange(IWebBrowser2*& Browser, LONG Progress, LONG ProgressMax) {
-    m_host.ProgressChange(Browser, Progress, ProgressMax);
-}
-
-void IEEvents::oBrowserEvents_TitleChange(IWebBrowser2*& Browser, const std::wstring& Text) {
-    m_host.TitleChange(Browser, Text);
-}
-
-void IEEvents::oBrowserEvents_WindowClosing(IWebBrowser2*& Browser, VARIANT_BOOL IsChildWindow,
-                                            VARIANT_BOOL& Cancel) {
-    m_host.WindowClosing(Browser, IsChildWindow, Cancel);
-}
-
-void IEEvents::oBrowserEvents_BrowserCreated(IWebBrowser2* Browser) {
-    m_host.BrowserCreated(Browser);
-}
-
-void IEEvents::oBrowserEvents_BrowserDestroyed() {
-    m_host.BrowserDestroyed();
-}
-
-void IEEvents::Listener::BrowserNavigating(IWebBrowser2*& Browser, IDispatch* pDisp, VARIANT& URL,
-                                           VARIANT& Flags, VARIANT& TargetFrameName, VARIANT& PostData,
-                                           VARIANT& Headers, VARIANT_BOOL& Cancel) {
-    m_control.oBrowserEvents_BrowserNavigating(Browser, pDisp, URL, Flags, TargetFrameName, PostData, Headers,
-                                               Cancel);
-}
-
-void IEEvents::Listener::DocumentComplete(IWebBrowser2*& Browser, IDispatch*& pDisp, VARIANT& URL) {
-    m_control.oBrowserEvents_DocumentComplete(Browser, pDisp, URL);
-}
-
-void IEEvents::Listener::DownLoadBegin(IWebBrowser2*& Browser) {
-    m_control.oBrowserEvents_DownLoadBegin(Browser);
-}
-
-void IEEvents::Listener::DownLoadComplete(IWebBrowser2*& Browser) {
-    m_control.oBrowserEvents_DownLoadComplete(Browser);
-}
-
-void IEEvents::Listener::FileDownload(IWebBrowser2*& Browser, VARIANT_BOOL& Cancel) {
-    m_control.oBrowserEvents_FileDownload(Browser, Cancel);
-}
-
-void IEEvents::Listener::NavigateComplete(IWebBrowser2*& Browser, IDispatch* pDisp, VARIANT& URL) {
-    m_control.oBrowserEvents_NavigateComplete(Browser, pDisp, URL);
-}
-
-void IEEvents::Listener::NavigateError(IWebBrowser2*& Browser, IDispatch* pDisp, VARIANT& URL, VARIANT& Frame,
-                                       VARIANT& StatusCode, VARIANT_BOOL& Cancel) {
-    m_control.oBrowserEvents_NavigateError(Browser, pDisp, URL, Frame, StatusCode, Cancel);
-}
-
-void IEEvents::Listener::NewWindow(IWebBrowser2*& Browser, IDispatch*& ppDisp, VARIANT_BOOL& Cancel) {
-    m_control.oBrowserEvents_NewWindow(Browser, ppDisp, Cancel);
-}
-
-void IEEvents::Listener::OnFullScreen(IWebBrowser2*& Browser, VARIANT_BOOL FullScreen) {
-    m_control.oBrowserEvents_OnFullScreen(Browser, FullScreen);
-}
-
-void IEEvents::Listener::ProgressChange(IWebBrowser2*& Browser, LONG Progress, LONG ProgressMax) {
-    m_control.oBrowserEvents_ProgressChange(Browser, Progress, ProgressMax);
-}
-
-void IEEvents::Listener::TitleChange(IWebBrowser2*& Browser, const std::wstring& Text) {
-    m_control.oBrowserEvents_TitleChange(Browser, Text);
-}
-
-void IEEvents::Listener::WindowClosing(IWebBrowser2*& Browser, VARIANT_BOOL IsChildWindow,
-                                       VARIANT_BOOL& Cancel) {
-    m_control.oBrowserEvents_WindowClosing(Browser, IsChildWindow, Cancel);
-}
-
-void IEEvents::Listener::BrowserCreated(IWebBrowser2* Browser) {
-    m_control.oBrowserEvents_BrowserCreated(Browser);
-}
-
-void IEEvents::Listener::BrowserDestroyed() {
-    m_control.oBrowserEvents_BrowserDestroyed();
-}
+#define KG_EVENT(name, parameters, arguments)         \
+    void IEEvents::oBrowserEvents_##name parameters { \
+        m_host.name arguments;                        \
+    }                                                 \
+    void IEEvents::Listener::name parameters {        \
+        m_control.oBrowserEvents_##name arguments;    \
+    }
+KG_BROWSER_EVENTS(KG_EVENT)
+#undef KG_EVENT
 
 }  // namespace kestrelguard

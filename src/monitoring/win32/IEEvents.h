@@ -64,46 +64,18 @@ class IEEvents final {
     class Listener final : public BrowserEvents {
      public:
         explicit Listener(IEEvents& control) : m_control(control) {}
-        void BrowserNavigating(IWebBrowser2*& Browser, IDispatch* pDisp, VARIANT& URL, VARIANT& Flags,
-                               VARIANT& TargetFrameName, VARIANT& PostData, VARIANT& Headers,
-                               VARIANT_BOOL& Cancel) override;
-        void DocumentComplete(IWebBrowser2*& Browser, IDispatch*& pDisp, VARIANT& URL) override;
-        void DownLoadBegin(IWebBrowser2*& Browser) override;
-        void DownLoadComplete(IWebBrowser2*& Browser) override;
-        void FileDownload(IWebBrowser2*& Browser, VARIANT_BOOL& Cancel) override;
-        void NavigateComplete(IWebBrowser2*& Browser, IDispatch* pDisp, VARIANT& URL) override;
-        void NavigateError(IWebBrowser2*& Browser, IDispatch* pDisp, VARIANT& URL, VARIANT& Frame,
-                           VARIANT& StatusCode, VARIANT_BOOL& Cancel) override;
-        void NewWindow(IWebBrowser2*& Browser, IDispatch*& ppDisp, VARIANT_BOOL& Cancel) override;
-        void OnFullScreen(IWebBrowser2*& Browser, VARIANT_BOOL FullScreen) override;
-        void ProgressChange(IWebBrowser2*& Browser, LONG Progress, LONG ProgressMax) override;
-        void TitleChange(IWebBrowser2*& Browser, const std::wstring& Text) override;
-        void WindowClosing(IWebBrowser2*& Browser, VARIANT_BOOL IsChildWindow, VARIANT_BOOL& Cancel) override;
-        void BrowserCreated(IWebBrowser2* Browser) override;
-        void BrowserDestroyed() override;
+#define KG_EVENT(name, parameters, arguments) void name parameters override;
+        KG_BROWSER_EVENTS(KG_EVENT)
+#undef KG_EVENT
 
      private:
         IEEvents& m_control;
     };
 
-    void oBrowserEvents_BrowserNavigating(IWebBrowser2*& Browser, IDispatch* pDisp, VARIANT& URL,
-                                          VARIANT& Flags, VARIANT& TargetFrameName, VARIANT& PostData,
-                                          VARIANT& Headers, VARIANT_BOOL& Cancel);
-    void oBrowserEvents_DocumentComplete(IWebBrowser2*& Browser, IDispatch*& pDisp, VARIANT& URL);
-    void oBrowserEvents_DownLoadBegin(IWebBrowser2*& Browser);
-    void oBrowserEvents_DownLoadComplete(IWebBrowser2*& Browser);
-    void oBrowserEvents_FileDownload(IWebBrowser2*& Browser, VARIANT_BOOL& Cancel);
-    void oBrowserEvents_NavigateComplete(IWebBrowser2*& Browser, IDispatch* pDisp, VARIANT& URL);
-    void oBrowserEvents_NavigateError(IWebBrowser2*& Browser, IDispatch* pDisp, VARIANT& URL, VARIANT& Frame,
-                                      VARIANT& StatusCode, VARIANT_BOOL& Cancel);
-    void oBrowserEvents_NewWindow(IWebBrowser2*& Browser, IDispatch*& ppDisp, VARIANT_BOOL& Cancel);
-    void oBrowserEvents_OnFullScreen(IWebBrowser2*& Browser, VARIANT_BOOL FullScreen);
-    void oBrowserEvents_ProgressChange(IWebBrowser2*& Browser, LONG Progress, LONG ProgressMax);
-    void oBrowserEvents_TitleChange(IWebBrowser2*& Browser, const std::wstring& Text);
-    void oBrowserEvents_WindowClosing(IWebBrowser2*& Browser, VARIANT_BOOL IsChildWindow,
-                                      VARIANT_BOOL& Cancel);
-    void oBrowserEvents_BrowserCreated(IWebBrowser2* Browser);
-    void oBrowserEvents_BrowserDestroyed();
+    /// oBrowserEvents_<event>: raises the control's own event of the same name.
+#define KG_EVENT(name, parameters, arguments) void oBrowserEvents_##name parameters;
+    KG_BROWSER_EVENTS(KG_EVENT)
+#undef KG_EVENT
 
     void Start();
     void Stop() noexcept;

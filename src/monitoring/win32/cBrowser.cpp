@@ -16,11 +16,10 @@ constexpr std::array<EventRow<cBrowser>, 11> cBrowser::kEvents = {
     // Later browsers put another argument before Cancel.
     Row<cBrowser, &cBrowser::Browser_FileDownload>(270, 1),
     Row<cBrowser, &cBrowser::Browser_NavigateComplete2>(252),
-    Row<cBrowser, &cBrowser::Browser_NewWindow2>(251),
-    Row<cBrowser, &cBrowser::Browser_OnFullScreen>(258),
-    Row<cBrowser, &cBrowser::Browser_ProgressChange>(108),
-    Row<cBrowser, &cBrowser::Browser_TitleChange>(113),
+    Row<cBrowser, &cBrowser::Browser_NewWindow2>(251), Row<cBrowser, &cBrowser::Browser_OnFullScreen>(258),
+    Row<cBrowser, &cBrowser::Browser_ProgressChange>(108), Row<cBrowser, &cBrowser::Browser_TitleChange>(113),
     Row<cBrowser, &cBrowser::Browser_WindowClosing>(263),
+    // Kept: nothing is bound to Browser_NavigateError, so no NavigateError is ever reported.
 };
 
 cBrowser::~cBrowser() {
@@ -79,59 +78,11 @@ void cBrowser::Forward(Operation&& operation) {
     CallOut([&] { return std::forward<Operation>(operation)(*receiver); });
 }
 
-void cBrowser::Browser_BeforeNavigate2(IDispatch* pDisp, VARIANT* URL, VARIANT* Flags,
-                                       VARIANT* TargetFrameName, VARIANT* PostData, VARIANT* Headers,
-                                       VARIANT_BOOL* Cancel) {
-    Forward([&](IBrowser& receiver) {
-        return receiver.BeforeNavigate2(pDisp, URL, Flags, TargetFrameName, PostData, Headers, Cancel);
-    });
-}
-
-void cBrowser::Browser_DocumentComplete(IDispatch* pDisp, VARIANT* URL) {
-    Forward([&](IBrowser& receiver) { return receiver.DocumentComplete(pDisp, URL); });
-}
-
-void cBrowser::Browser_DownloadBegin() {
-    Forward([](IBrowser& receiver) { return receiver.DownLoadBegin(); });
-}
-
-void cBrowser::Browser_DownloadComplete() {
-    Forward([](IBrowser& receiver) { return receiver.DownLoadComplete(); });
-}
-
-void cBrowser::Browser_FileDownload(VARIANT_BOOL* Cancel) {
-    Forward([&](IBrowser& receiver) { return receiver.FileDownload(Cancel); });
-}
-
-void cBrowser::Browser_NavigateComplete2(IDispatch* pDisp, VARIANT* URL) {
-    Forward([&](IBrowser& receiver) { return receiver.NavigateComplete2(pDisp, URL); });
-}
-
-// Kept, and kept out of the table: no event is bound to this forwarder, so no NavigateError is ever reported.
-void cBrowser::Browser_NavigateError(IDispatch* pDisp, VARIANT* URL, VARIANT* Frame, VARIANT* StatusCode,
-                                     VARIANT_BOOL* Cancel) {
-    Forward(
-        [&](IBrowser& receiver) { return receiver.NavigateError(pDisp, URL, Frame, StatusCode, Cancel); });
-}
-
-void cBrowser::Browser_NewWindow2(IDispatch** ppDisp, VARIANT_BOOL* Cancel) {
-    Forward([&](IBrowser& receiver) { return receiver.NewWindow2(ppDisp, Cancel); });
-}
-
-void cBrowser::Browser_OnFullScreen(VARIANT_BOOL FullScreen) {
-    Forward([&](IBrowser& receiver) { return receiver.OnFullScreen(FullScreen); });
-}
-
-void cBrowser::Browser_ProgressChange(LONG Progress, LONG ProgressMax) {
-    Forward([&](IBrowser& receiver) { return receiver.ProgressChange(Progress, ProgressMax); });
-}
-
-void cBrowser::Browser_TitleChange(BSTR Text) {
-    Forward([&](IBrowser& receiver) { return receiver.TitleChange(Text); });
-}
-
-void cBrowser::Browser_WindowClosing(VARIANT_BOOL IsChildWindow, VARIANT_BOOL* Cancel) {
-    Forward([&](IBrowser& receiver) { return receiver.WindowClosing(IsChildWindow, Cancel); });
-}
+#define KG_HANDLER(name, event, handler, parameters, arguments)               \
+    void cBrowser::handler parameters {                                       \
+        Forward([&](IBrowser& receiver) { return receiver.name arguments; }); \
+    }
+KG_BROWSER_OPERATIONS(KG_HANDLER)
+#undef KG_HANDLER
 
 }  // namespace kestrelguard

@@ -38,20 +38,10 @@ class cBrowser final : public ComObject<cBrowser, IUnknown> {
  private:
     static const std::array<EventRow<cBrowser>, 11> kEvents;
 
-    void Browser_BeforeNavigate2(IDispatch* pDisp, VARIANT* URL, VARIANT* Flags, VARIANT* TargetFrameName,
-                                 VARIANT* PostData, VARIANT* Headers, VARIANT_BOOL* Cancel);
-    void Browser_DocumentComplete(IDispatch* pDisp, VARIANT* URL);
-    void Browser_DownloadBegin();
-    void Browser_DownloadComplete();
-    void Browser_FileDownload(VARIANT_BOOL* Cancel);
-    void Browser_NavigateComplete2(IDispatch* pDisp, VARIANT* URL);
-    void Browser_NavigateError(IDispatch* pDisp, VARIANT* URL, VARIANT* Frame, VARIANT* StatusCode,
-                               VARIANT_BOOL* Cancel);
-    void Browser_NewWindow2(IDispatch** ppDisp, VARIANT_BOOL* Cancel);
-    void Browser_OnFullScreen(VARIANT_BOOL FullScreen);
-    void Browser_ProgressChange(LONG Progress, LONG ProgressMax);
-    void Browser_TitleChange(BSTR Text);
-    void Browser_WindowClosing(VARIANT_BOOL IsChildWindow, VARIANT_BOOL* Cancel);
+    /// Browser_<event>: two calls of the receiver.
+#define KG_HANDLER(name, event, handler, parameters, arguments) void handler parameters;
+    KG_BROWSER_OPERATIONS(KG_HANDLER)
+#undef KG_HANDLER
 
     template <class Operation>
     void Forward(Operation&& operation);

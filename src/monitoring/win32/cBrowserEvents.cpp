@@ -99,6 +99,55 @@ std::unordered_set<IUnknown*> IdentitiesOf(const std::vector<ComPtr<IWebBrowser2
     return identities;
 }
 
+/// An argument on its way from an operation of IBrowser to an event: as it is ...
+template <class Parameter, class Given>
+class Handed {
+ public:
+    static_assert(std::is_same_v<Parameter, Given>);
+    static bool Missing(const Given&) noexcept { return false; }
+    explicit Handed(const Given& given) noexcept : m_value(given) {}
+    Parameter Value() const noexcept { return m_value; }
+
+ private:
+    Parameter m_value;
+};
+
+/// ... what a pointer points to, as a reference ...
+template <class Type>
+class Handed<Type&, Type*> {
+ public:
+    static bool Missing(const Type* given) noexcept { return given == nullptr; }
+    explicit Handed(Type* given) noexcept : m_value(given) {}
+    Type& Value() const noexcept { return *m_value; }
+
+ private:
+    Type* m_value;
+};
+
+/// ... a reference to a copy of an object ...
+template <>
+class Handed<IDispatch*&, IDispatch*> {
+ public:
+    static bool Missing(const IDispatch*) noexcept { return false; }
+    explicit Handed(IDispatch* given) noexcept : m_copy(given) {}
+    IDispatch*& Value() noexcept { return m_copy.InOut(); }
+
+ private:
+    ComPtr<IDispatch> m_copy;
+};
+
+/// ... or a text's copy.
+template <>
+class Handed<const std::wstring&, BSTR> {
+ public:
+    static bool Missing(const wchar_t*) noexcept { return false; }
+    explicit Handed(BSTR given) : m_text(given == nullptr ? L"" : given, SysStringLen(given)) {}
+    const std::wstring& Value() const noexcept { return m_text; }
+
+ private:
+    std::wstring m_text;
+};
+
 }  // namespace
 
 /// Handles that were read for one announcement, so that its rebuild need not ask the windows again.
@@ -464,114 +513,36 @@ HRESULT cBrowserEvents::SetBrowserInst(IDispatch** oBrowser) noexcept {
     if (oBrowser == nullptr) {
         return E_POINTER;
     }
-    return AtComMethod([&] { m_oCurBrowser = Query<IWebBrowser2>(*oBrowser); });
+    return AtComMethod([&] {
+        auto speaking = Query<IWebBrowser2>(*oBrowser);
+        m_parting.push_back(m_oCurBrowser);
+        m_oCurBrowser = std::move(speaking);
+    });
 }
 
-HRESULT cBrowserEvents::BeforeNavigate2(IDispatch* pDisp, VARIANT* URL, VARIANT* Flags,
-                                        VARIANT* TargetFrameName, VARIANT* PostData, VARIANT* Headers,
-                                        VARIANT_BOOL* Cancel) noexcept {
-    if (URL == nullptr || Flags == nullptr || TargetFrameName == nullptr || PostData == nullptr ||
-        Headers == nullptr || Cancel == nullptr) {
-        return E_POINTER;
+template <class... Parameters, class... Given>
+HRESULT cBrowserEvents::RaiseForCurrent(void (BrowserEvents::*event)(IWebBrowser2*&, Parameters...),
+                                        std::tuple<Given&...> given) noexcept {
+    const Windows parting = std::move(m_parting);
+    return std::apply(
+        [&](Given&... one) -> HRESULT {
+            if ((Handed<Parameters, Given>::Missing(one) || ...)) {
+                return E_POINTER;
+            }
+            return AtComMethod([&] {
+                Raise([&](BrowserEvents& events) {
+                    (events.*event)(m_oCurBrowser.InOut(), Handed<Parameters, Given>(one).Value()...);
+                });
+            });
+        },
+        given);
+}
+
+#define KG_SLOT(name, event, handler, parameters, arguments)                            \
+    HRESULT cBrowserEvents::name parameters noexcept {                                  \
+        return RaiseForCurrent(&BrowserEvents::event, std::forward_as_tuple arguments); \
     }
-    return AtComMethod([&] {
-        Raise([&](BrowserEvents& events) {
-            events.BrowserNavigating(m_oCurBrowser.InOut(), pDisp, *URL, *Flags, *TargetFrameName, *PostData,
-                                     *Headers, *Cancel);
-        });
-    });
-}
-
-HRESULT cBrowserEvents::DocumentComplete(IDispatch* pDisp, VARIANT* URL) noexcept {
-    if (URL == nullptr) {
-        return E_POINTER;
-    }
-    return AtComMethod([&] {
-        Raise([&](BrowserEvents& events) {
-            ComPtr<IDispatch> copy(pDisp);
-            events.DocumentComplete(m_oCurBrowser.InOut(), copy.InOut(), *URL);
-        });
-    });
-}
-
-HRESULT cBrowserEvents::DownLoadBegin() noexcept {
-    return AtComMethod(
-        [&] { Raise([&](BrowserEvents& events) { events.DownLoadBegin(m_oCurBrowser.InOut()); }); });
-}
-
-HRESULT cBrowserEvents::DownLoadComplete() noexcept {
-    return AtComMethod(
-        [&] { Raise([&](BrowserEvents& events) { events.DownLoadComplete(m_oCurBrowser.InOut()); }); });
-}
-
-HRESULT cBrowserEvents::FileDownload(VARIANT_BOOL* Cancel) noexcept {
-    if (Cancel == nullptr) {
-        return E_POINTER;
-    }
-    return AtComMethod(
-        [&] { Raise([&](BrowserEvents& events) { events.FileDownload(m_oCurBrowser.InOut(), *Cancel); }); });
-}
-
-HRESULT cBrowserEvents::NavigateComplete2(IDispatch* pDisp, VARIANT* URL) noexcept {
-    if (URL == nullptr) {
-        return E_POINTER;
-    }
-    return AtComMethod([&] {
-        Raise([&](BrowserEvents& events) { events.NavigateComplete(m_oCurBrowser.InOut(), pDisp, *URL); });
-    });
-}
-
-HRESULT cBrowserEvents::NavigateError(IDispatch* pDisp, VARIANT* URL, VARIANT* Frame, VARIANT* StatusCode,
-                                      VARIANT_BOOL* Cancel) noexcept {
-    if (URL == nullptr || Frame == nullptr || StatusCode == nullptr || Cancel == nullptr) {
-        return E_POINTER;
-    }
-    return AtComMethod([&] {
-        Raise([&](BrowserEvents& events) {
-            events.NavigateError(m_oCurBrowser.InOut(), pDisp, *URL, *Frame, *StatusCode, *Cancel);
-        });
-    });
-}
-
-HRESULT cBrowserEvents::NewWindow2(IDispatch** ppDisp, VARIANT_BOOL* Cancel) noexcept {
-    if (ppDisp == nullptr || Cancel == nullptr) {
-        return E_POINTER;
-    }
-    return AtComMethod([&] {
-        Raise([&](BrowserEvents& events) { events.NewWindow(m_oCurBrowser.InOut(), *ppDisp, *Cancel); });
-    });
-}
-
-HRESULT cBrowserEvents::OnFullScreen(VARIANT_BOOL FullScreen) noexcept {
-    return AtComMethod([&] {
-        Raise([&](BrowserEvents& events) { events.OnFullScreen(m_oCurBrowser.InOut(), FullScreen); });
-    });
-}
-
-HRESULT cBrowserEvents::ProgressChange(LONG Progress, LONG ProgressMax) noexcept {
-    return AtComMethod([&] {
-        Raise([&](BrowserEvents& events) {
-            events.ProgressChange(m_oCurBrowser.InOut(), Progress, ProgressMax);
-        });
-    });
-}
-
-HRESULT cBrowserEvents::TitleChange(BSTR Text) noexcept {
-    return AtComMethod([&] {
-        const std::wstring text(Text == nullptr ? L"" : Text, SysStringLen(Text));
-        Raise([&](BrowserEvents& events) { events.TitleChange(m_oCurBrowser.InOut(), text); });
-    });
-}
-
-HRESULT cBrowserEvents::WindowClosing(VARIANT_BOOL IsChildWindow, VARIANT_BOOL* Cancel) noexcept {
-    if (Cancel == nullptr) {
-        return E_POINTER;
-    }
-    return AtComMethod([&] {
-        Raise([&](BrowserEvents& events) {
-            events.WindowClosing(m_oCurBrowser.InOut(), IsChildWindow, *Cancel);
-        });
-    });
-}
+KG_BROWSER_OPERATIONS(KG_SLOT)
+#undef KG_SLOT
 
 }  // namespace kestrelguard

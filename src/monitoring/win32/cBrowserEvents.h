@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -58,22 +59,10 @@ class cBrowserEvents final : public DispatchObject<cBrowserEvents, IBrowser, ISu
 
     // IBrowser
     HRESULT STDMETHODCALLTYPE SetBrowserInst(IDispatch** oBrowser) noexcept override;
-    HRESULT STDMETHODCALLTYPE BeforeNavigate2(IDispatch* pDisp, VARIANT* URL, VARIANT* Flags,
-                                              VARIANT* TargetFrameName, VARIANT* PostData, VARIANT* Headers,
-                                              VARIANT_BOOL* Cancel) noexcept override;
-    HRESULT STDMETHODCALLTYPE DocumentComplete(IDispatch* pDisp, VARIANT* URL) noexcept override;
-    HRESULT STDMETHODCALLTYPE DownLoadBegin() noexcept override;
-    HRESULT STDMETHODCALLTYPE DownLoadComplete() noexcept override;
-    HRESULT STDMETHODCALLTYPE FileDownload(VARIANT_BOOL* Cancel) noexcept override;
-    HRESULT STDMETHODCALLTYPE NavigateComplete2(IDispatch* pDisp, VARIANT* URL) noexcept override;
-    HRESULT STDMETHODCALLTYPE NavigateError(IDispatch* pDisp, VARIANT* URL, VARIANT* Frame,
-                                            VARIANT* StatusCode, VARIANT_BOOL* Cancel) noexcept override;
-    HRESULT STDMETHODCALLTYPE NewWindow2(IDispatch** ppDisp, VARIANT_BOOL* Cancel) noexcept override;
-    HRESULT STDMETHODCALLTYPE OnFullScreen(VARIANT_BOOL FullScreen) noexcept override;
-    HRESULT STDMETHODCALLTYPE ProgressChange(LONG Progress, LONG ProgressMax) noexcept override;
-    HRESULT STDMETHODCALLTYPE TitleChange(BSTR Text) noexcept override;
-    HRESULT STDMETHODCALLTYPE WindowClosing(VARIANT_BOOL IsChildWindow,
-                                            VARIANT_BOOL* Cancel) noexcept override;
+#define KG_SLOT(name, event, handler, parameters, arguments) \
+    HRESULT STDMETHODCALLTYPE name parameters noexcept override;
+    KG_BROWSER_OPERATIONS(KG_SLOT)
+#undef KG_SLOT
 
     HRESULT STDMETHODCALLTYPE InterfaceSupportsErrorInfo(REFIID iid) noexcept override {
         return iid == IID_IBrowser ? S_OK : S_FALSE;
@@ -118,11 +107,19 @@ class cBrowserEvents final : public DispatchObject<cBrowserEvents, IBrowser, ISu
 
     template <class Event>
     void Raise(Event&& event);
+    /// Raises the event for the current browser. Each argument is given as its operation took it; E_POINTER
+    /// for a reference that is null.
+    template <class... Parameters, class... Given>
+    HRESULT RaiseForCurrent(void (BrowserEvents::*event)(IWebBrowser2*&, Parameters...),
+                            std::tuple<Given&...> given) noexcept;
 
     const ShellWindowsMaker m_makeShellWindows;
     ComPtr<IShellWindows> m_oShell;
     ComPtr<cBrowsers> m_oBrowsers;
     ComPtr<IWebBrowser2> m_oCurBrowser;
+    /// Browsers that were the current one. They are let go after the event that follows: letting go may let
+    /// another event in, and the one that follows would then speak for the wrong window.
+    Windows m_parting;
     Sinks m_colBrowsers;
 
     ComPtr<EventSink<cBrowserEvents>> m_shellSink;

@@ -209,6 +209,11 @@ class EventSource : public DispatchObject<Derived, Interface, IConnectionPointCo
 class FakeBrowser final : public EventSource<FakeBrowser, IWebBrowser2> {
  public:
     explicit FakeBrowser(LONG frameHandle = 0) : EventSource(DIID_DWebBrowserEvents2), handle(frameHandle) {}
+    ~FakeBrowser() {
+        if (atEnd) {
+            atEnd();
+        }
+    }
 
     void* Find(REFIID iid) noexcept {
         if (iid == IID_IUnknown || iid == IID_IDispatch || iid == IID_IWebBrowser2) {
@@ -223,6 +228,8 @@ class FakeBrowser final : public EventSource<FakeBrowser, IWebBrowser2> {
     std::wstring description;
     int handleReads = 0;
     StepIn beforeHandle;
+    /// Runs when the last reference goes: that lets others in, too.
+    Hook atEnd;
     std::wstring name, url, status;
     struct Navigation {
         bool second;

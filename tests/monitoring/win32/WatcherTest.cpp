@@ -309,6 +309,26 @@ TEST_F(WatcherTest, SetBrowserInstTakesAnyInterfaceOfABrowser) {
     EXPECT_EQ(E_NOINTERFACE, watcher->SetBrowserInst(&noBrowser));
 }
 
+TEST_F(WatcherTest, AnEventThatTheOldBrowsersEndLetsInDoesNotSpeakForTheNewOne) {
+    watcher = cBrowserEvents::Create(desktop.Maker());
+    watcher->Connect(events);
+    auto old = MakeCom<FakeBrowser>(1);
+    const auto speaking = MakeCom<FakeBrowser>(2);
+    const auto other = MakeCom<FakeBrowser>(3);
+    const auto speak = [&](const ComPtr<FakeBrowser>& browser) {
+        IDispatch* const object = browser.Get();
+        IDispatch* given = object;
+        EXPECT_EQ(S_OK, watcher->SetBrowserInst(&given));
+        EXPECT_EQ(S_OK, watcher->DownLoadBegin());
+    };
+    speak(old);
+    old->atEnd = [&] { speak(other); };
+    old.Reset();
+    speak(speaking);
+    EXPECT_EQ(Same(speaking), events.browsers.at(1));
+    EXPECT_EQ(Same(other), events.browsers.at(2));
+}
+
 TEST_F(WatcherTest, NullReferencesAreRefused) {
     watcher = cBrowserEvents::Create(desktop.Maker());
     watcher->Connect(events);
