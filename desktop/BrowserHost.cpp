@@ -1,5 +1,5 @@
 // A browser in a process of its own: opens one window, registers it with the system's window list as real
-// browsers do, and ends when the window is closed. Usage: browser_host URL TITLE
+// browsers do, and ends when the window is closed. Usage: browser_host URL TITLE [dressed]
 
 #include <windows.h>
 
@@ -20,16 +20,13 @@ class Host final : public BrowserOwner {
     void CloseRequested(BrowserObject&) noexcept override { m_close.Set(); }
     void OpenWindow(BrowserObject&, const std::wstring&, ComPtr<IDispatch>) noexcept override {}
 
-    int Run(const std::wstring& url, const std::wstring& title) {
+    int Run(const BrowserOptions& options) {
         UiThread ui;
         ComPtr<IShellWindows> list;
         if (FAILED(CoCreateInstance(CLSID_ShellWindows, nullptr, CLSCTX_ALL, IID_IShellWindows,
                                     list.PutVoid()))) {
             return 2;
         }
-        BrowserOptions options;
-        options.url = url;
-        options.title = title;
         const std::shared_ptr<BrowserObject> browser = BrowserObject::Create(*this, ui, options);
         LONG cookie = 0;
         const LONG window = static_cast<LONG>(reinterpret_cast<LONG_PTR>(browser->Window()));
@@ -55,13 +52,15 @@ int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {
     using namespace kestrelguard::desktop;
     int count = 0;
     wchar_t** arguments = CommandLineToArgvW(GetCommandLineW(), &count);
-    const std::wstring url = count > 1 ? arguments[1] : L"http://www.home.example/";
-    const std::wstring title = count > 2 ? arguments[2] : L"Home";
+    BrowserOptions options;
+    options.url = count > 1 ? arguments[1] : options.url;
+    options.title = count > 2 ? arguments[2] : options.title;
+    options.dressed = options.shown = count > 3;
     LocalFree(arguments);
     try {
         const Apartment apartment;
         const KeptInterfaces keptInterfaces;
-        return Host().Run(url, title);
+        return Host().Run(options);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "browser_host: %s\n", error.what());
         return 1;

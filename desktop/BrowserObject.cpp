@@ -3,9 +3,11 @@
 #include <exdispid.h>
 #include <olectl.h>
 
+#include <algorithm>
 #include <utility>
 
 #include "desktop/Frame.h"
+#include "desktop/HostCommands.h"
 #include "desktop/Pages.h"
 
 namespace kestrelguard::desktop {
@@ -129,7 +131,7 @@ void BrowserObject::ShowStatusText(std::wstring text) {
 
 int BrowserObject::Reads(Property property) const {
     const Hold hold(m_lock);
-    return m_watches[static_cast<std::size_t>(property)].reads;
+    return Of(property).reads;
 }
 
 void BrowserObject::ResetReads() {
@@ -141,23 +143,50 @@ void BrowserObject::ResetReads() {
 
 void BrowserObject::Fail(Property property, HRESULT hr, int times) {
     const Hold hold(m_lock);
-    Watch& watch = m_watches[static_cast<std::size_t>(property)];
+    Watch& watch = Of(property);
     watch.failure = hr;
     watch.failures = times;
 }
 
 void BrowserObject::BeforeRead(Property property, Task task, int times) {
     const Hold hold(m_lock);
-    Watch& watch = m_watches[static_cast<std::size_t>(property)];
+    Watch& watch = Of(property);
     watch.before = std::move(task);
     watch.beforeTimes = times;
+}
+
+void BrowserObject::Stall(Property property) {
+    const Hold hold(m_lock);
+    if (!m_ended) {
+        Of(property).stalls = true;
+        Of(property).gate.Close();
+    }
+    Changed();
+}
+
+void BrowserObject::LetGo(Property property) {
+    {
+        const Hold hold(m_lock);
+        Of(property).stalls = false;
+        Of(property).gate.Open();
+    }
+    Changed();
+}
+
+int BrowserObject::Stalled(Property property) const {
+    return Of(property).gate.Waiting();
+}
+
+bool BrowserObject::Stalls() const {
+    const Hold hold(m_lock);
+    return std::any_of(m_watches.begin(), m_watches.end(), [](const Watch& watch) { return watch.stalls; });
 }
 
 HRESULT BrowserObject::Read(Property property) noexcept {
     Task before;
     {
         const Hold hold(m_lock);
-        Watch& watch = m_watches[static_cast<std::size_t>(property)];
+        Watch& watch = Of(property);
         ++watch.reads;
         if (watch.beforeTimes > 0) {
             --watch.beforeTimes;
@@ -167,11 +196,12 @@ HRESULT BrowserObject::Read(Property property) noexcept {
     if (before) {
         before();
     }
+    Of(property).gate.Pass();
     const Hold hold(m_lock);
     if (m_ended) {
         return RPC_E_DISCONNECTED;
     }
-    Watch& watch = m_watches[static_cast<std::size_t>(property)];
+    Watch& watch = Of(property);
     if (watch.failures == 0) {
         return S_OK;
     }
@@ -269,6 +299,9 @@ void BrowserObject::End(bool disconnectClients) {
         const Hold hold(m_lock);
         m_ended = true;
         window = std::exchange(m_window, nullptr);
+    }
+    for (Watch& watch : m_watches) {
+        watch.gate.Open();
     }
     m_work.Stop();
     if (window != nullptr) {
@@ -504,23 +537,7 @@ HRESULT BrowserObject::GetProperty(BSTR name, VARIANT* value) noexcept {
         return E_POINTER;
     }
     VariantInit(value);
-    // How the process that started a browser host asks its browser for things; see BrowserHost.h.
-    const std::wstring_view asked(name, SysStringLen(name));
-    if (asked == L"stand-in:sinks") {
-        *value = Variant::Long(m_events.Counts().connected);
-        return S_OK;
-    }
-    if (asked == L"stand-in:NewWindow2") {
-        const EventResult result = m_events.Deliver(EventCall::NewWindow2());
-        *value = Variant::Bool(result.cancel);
-        return result.hr;
-    }
-    if (asked == L"stand-in:BeforeNavigate2") {
-        const EventResult result = m_events.Deliver(EventCall::BeforeNavigate2(Dispatch(), Url()));
-        *value = Variant::Bool(result.cancel);
-        return result.hr;
-    }
-    return E_NOTIMPL;
+    return Obey(*this, std::wstring_view(name, SysStringLen(name)), *value);
 }
 
 HRESULT BrowserObject::get_Name(BSTR* name) noexcept {

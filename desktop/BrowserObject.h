@@ -61,6 +61,14 @@ class BrowserOwner {
     /// offered for it, if anything.
     virtual void OpenWindow(BrowserObject& opener, const std::wstring& url,
                             ComPtr<IDispatch> replacement) noexcept = 0;
+
+    // What a person does with the extra entries of a dressed window's menu. Nothing unless the owner can.
+    /// Opens a window in a process of its own.
+    virtual void OpenApart() noexcept {}
+    /// Stops the processes of such windows, or lets them go on.
+    virtual void StopApart() noexcept {}
+    /// Whether the owner can do these two.
+    virtual bool CanOpenApart() const noexcept { return false; }
 };
 
 /// The COM object of one browser window, usable from any thread. `std::shared_ptr` is how this process holds
@@ -80,6 +88,7 @@ class BrowserObject final : public IWebBrowser2,
     /// The own window; null once it is closed.
     HWND Window() const;
     const BrowserOptions& Options() const noexcept { return m_options; }
+    BrowserOwner& Owner() const noexcept { return m_owner; }
 
     std::wstring Url() const;
     std::wstring Title() const;
@@ -102,6 +111,14 @@ class BrowserObject final : public IWebBrowser2,
     void Fail(Property property, HRESULT hr, int times);
     /// Runs before the next `times` reads are answered, on the thread of the read.
     void BeforeRead(Property property, Task task, int times);
+    /// Lets no read of the property be answered, while the window and all else go on, until `LetGo` or the
+    /// browser's end.
+    void Stall(Property property);
+    void LetGo(Property property);
+    /// How many reads of the property wait.
+    int Stalled(Property property) const;
+    /// Whether some property stalls.
+    bool Stalls() const;
 
     /// Loads a page as a user would: asynchronously, with all events.
     void Load(const std::wstring& url);
@@ -221,10 +238,14 @@ class BrowserObject final : public IWebBrowser2,
         int failures = 0;
         Task before;
         int beforeTimes = 0;
+        Gate gate;
+        bool stalls = false;
     };
 
     BrowserObject(BrowserOwner& owner, UiThread& ui, BrowserOptions options);
 
+    Watch& Of(Property property) { return m_watches[static_cast<std::size_t>(property)]; }
+    const Watch& Of(Property property) const { return m_watches[static_cast<std::size_t>(property)]; }
     /// Counts a read from outside; what it has to answer.
     HRESULT Read(Property property) noexcept;
     HRESULT Text(Property property, const std::wstring& value, BSTR* text) noexcept;

@@ -68,13 +68,10 @@ EventResult ConnectionPoint::Deliver(const EventCall& call, bool withException) 
 }
 
 PendingEvent ConnectionPoint::Start(EventCall call, std::shared_ptr<void> keepAlive, bool withException) {
-    PendingEvent pending;
     const auto shared = std::make_shared<EventCall>(std::move(call));
-    RunDetached([this, state = pending.m_state, shared, keepAlive = std::move(keepAlive), withException] {
-        state->result = Deliver(*shared, withException);
-        state->done.Set();
+    return PendingEvent::Begin([this, shared, keepAlive = std::move(keepAlive), withException] {
+        return Deliver(*shared, withException);
     });
-    return pending;
 }
 
 void ConnectionPoint::BeforeAdvise(Task task, int times) {

@@ -48,46 +48,11 @@ bool Browser::WaitEnded(DWORD limit) const {
     return true;
 }
 
-RemoteBrowser::RemoteBrowser(kestrelguard::Handle process, ComPtr<IWebBrowser2> browser, LONG cookie)
-    : m_process(std::move(process)), m_browser(std::move(browser)), m_cookie(cookie) {
-    SHANDLE_PTR window = 0;
-    if (SUCCEEDED(m_browser->get_HWND(&window))) {
-        m_window = reinterpret_cast<HWND>(window);
-    }
-}
-
-int RemoteBrowser::Sinks() const {
-    Variant answer;
-    const Bstr name(L"stand-in:sinks");
-    return SUCCEEDED(m_browser->GetProperty(name.Get(), &answer)) && answer.vt == VT_I4 ? answer.lVal : -1;
-}
-
-EventResult RemoteBrowser::Ask(const wchar_t* event) {
-    EventResult result;
-    Variant answer;
-    const Bstr name(event);
-    result.hr = m_browser->GetProperty(name.Get(), &answer);
-    result.cancel = answer.vt == VT_BOOL && answer.boolVal != VARIANT_FALSE;
-    result.cancelValue = answer.vt == VT_BOOL ? answer.boolVal : VARIANT_FALSE;
-    return result;
-}
-
-EventResult RemoteBrowser::FireNewWindow2() {
-    return Ask(L"stand-in:NewWindow2");
-}
-
-void RemoteBrowser::Kill() {
-    TerminateProcess(m_process.Get(), 9);
-    WaitForSingleObject(m_process.Get(), 30000);
-}
-
-bool RemoteBrowser::Close(DWORD limit) {
-    m_browser->Quit();
-    return WaitForSingleObject(m_process.Get(), limit) == WAIT_OBJECT_0;
-}
-
 StandInDesktop::StandInDesktop() : m_list(ShellWindowsObject::Create()) {
     PrepareRegistry();
+    m_list->OnForeign([this](DWORD process, ComPtr<IDispatch> object,
+                             LONG cookie) { Registered(process, std::move(object), cookie); },
+                      [this](LONG cookie) { FireWindowRevoked(cookie); });
     m_class = std::make_unique<ServedClass>(kStandInShellWindows, m_list);
 }
 
@@ -101,10 +66,11 @@ StandInDesktop::~StandInDesktop() {
         remote.swap(m_remoteBrowsers);
         browsers.swap(m_browsers);
     }
-    m_list->End();
+    // First of all, since letting go of a browser that is stopped would wait with it.
     for (const auto& browser : remote) {
         browser->Kill();
     }
+    m_list->End();
     for (const auto& browser : browsers) {
         browser->Object()->End(true);
         // Its thread still calls this desktop; it must be done before the desktop is gone.
@@ -128,54 +94,53 @@ Browser& StandInDesktop::OpenBrowser(BrowserOptions options) {
     return browser;
 }
 
-RemoteBrowser& StandInDesktop::OpenRemoteBrowser(const std::wstring& host, const std::wstring& url,
-                                                 const std::wstring& title) {
-    struct Arrival {
-        Lock lock;
-        DWORD process = 0;
-        ComPtr<IDispatch> object;
-        LONG cookie = 0;
-        Signal signal;
-    };
-    const auto arrival = std::make_shared<Arrival>();
-    m_list->OnForeign(
-        [this, arrival](DWORD process, ComPtr<IDispatch> object, LONG cookie) {
-            {
-                const Hold hold(arrival->lock);
-                arrival->process = process;
-                arrival->object = std::move(object);
-                arrival->cookie = cookie;
-            }
-            arrival->signal.Set();
-            FireWindowRegistered(cookie);
-        },
-        [this](LONG cookie) { FireWindowRevoked(cookie); });
-    std::wstring command = L"\"" + host + L"\" \"" + url + L"\" \"" + title + L"\"";
+RemoteBrowser& StandInDesktop::OpenRemoteBrowser(const std::wstring& host, RemoteOptions options) {
+    std::wstring command = L"\"" + host + L"\" \"" + options.url + L"\" \"" + options.title + L"\"" +
+                           (options.dressed ? L" dressed" : L"");
     STARTUPINFOW startup{};
     startup.cb = sizeof(startup);
     PROCESS_INFORMATION started{};
-    if (!CreateProcessW(host.c_str(), command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
-                        &started)) {
+    if (!CreateProcessW(host.c_str(), command.data(), nullptr, nullptr, FALSE, CREATE_SUSPENDED, nullptr,
+                        nullptr, &startup, &started)) {
         throw std::runtime_error("the browser host cannot be started");
     }
     kestrelguard::Handle process(started.hProcess);
-    CloseHandle(started.hThread);
+    const kestrelguard::Handle thread(started.hThread);
+    const auto arrival = std::make_shared<Arrival>();
+    arrival->announced = options.announced;
+    {
+        const Hold hold(m_lock);
+        m_arrivals[started.dwProcessId] = arrival;
+    }
+    ResumeThread(thread.Get());
     if (!arrival->signal.Wait(30000)) {
         TerminateProcess(process.Get(), 9);
         throw std::runtime_error("the browser host did not register");
     }
-    ComPtr<IDispatch> object;
-    LONG cookie = 0;
-    {
-        const Hold hold(arrival->lock);
-        object = arrival->object;
-        cookie = arrival->cookie;
-    }
-    auto owned = std::make_unique<RemoteBrowser>(std::move(process), object.As<IWebBrowser2>(), cookie);
+    auto owned = std::make_unique<RemoteBrowser>(std::move(process), arrival->object.As<IWebBrowser2>(),
+                                                 arrival->cookie);
     RemoteBrowser& browser = *owned;
     const Hold hold(m_lock);
     m_remoteBrowsers.push_back(std::move(owned));
     return browser;
+}
+
+void StandInDesktop::Registered(DWORD process, ComPtr<IDispatch> object, LONG cookie) {
+    std::shared_ptr<Arrival> arrival;
+    {
+        const Hold hold(m_lock);
+        if (const auto node = m_arrivals.extract(process)) {
+            arrival = node.mapped();
+        }
+    }
+    if (arrival) {
+        arrival->object = std::move(object);
+        arrival->cookie = cookie;
+        arrival->signal.Set();
+    }
+    if (!arrival || arrival->announced) {
+        FireWindowRegistered(cookie);
+    }
 }
 
 LONG StandInDesktop::Include(ComPtr<IDispatch> object, bool announced) {
@@ -215,6 +180,15 @@ std::vector<Browser*> StandInDesktop::Browsers() const {
 std::vector<Browser*> StandInDesktop::OpenBrowsers() const {
     std::vector<Browser*> browsers = Browsers();
     std::erase_if(browsers, [](const Browser* browser) { return browser->Ended(); });
+    return browsers;
+}
+
+std::vector<RemoteBrowser*> StandInDesktop::RemoteBrowsers() const {
+    const Hold hold(m_lock);
+    std::vector<RemoteBrowser*> browsers;
+    for (const auto& browser : m_remoteBrowsers) {
+        browsers.push_back(browser.get());
+    }
     return browsers;
 }
 
@@ -302,6 +276,34 @@ void StandInDesktop::OpenWindow(BrowserObject&, const std::wstring& url,
         options.shown = m_newShown;
     }
     OpenBrowser(std::move(options)).Navigate(url);
+}
+
+void StandInDesktop::OpenApart() noexcept {
+    // On a thread of its own: windows' threads never call out.
+    RunDetached([this] {
+        RemoteOptions options;
+        options.dressed = true;
+        try {
+            wchar_t own[MAX_PATH];
+            const std::wstring path(own, GetModuleFileNameW(nullptr, own, MAX_PATH));
+            OpenRemoteBrowser(path.substr(0, path.find_last_of(L'\\') + 1) + L"browser_host.exe", options);
+        } catch (const std::exception&) {
+            MessageBeep(MB_ICONERROR);
+        }
+    });
+}
+
+void StandInDesktop::StopApart() noexcept {
+    const Hold hold(m_lock);
+    const bool stopped = std::any_of(m_remoteBrowsers.begin(), m_remoteBrowsers.end(),
+                                     [](const auto& browser) { return browser->Stopped(); });
+    for (const auto& browser : m_remoteBrowsers) {
+        if (stopped) {
+            browser->GoOn();
+        } else if (browser->Running()) {
+            browser->Stop();
+        }
+    }
 }
 
 void StandInDesktop::Close(Browser& browser) {

@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -11,6 +12,7 @@
 #include "desktop/BrowserObject.h"
 #include "desktop/Events.h"
 #include "desktop/KeptInterfaces.h"
+#include "desktop/RemoteBrowser.h"
 #include "desktop/ShellWindowsObject.h"
 
 namespace kestrelguard::desktop {
@@ -105,6 +107,11 @@ class Browser {
         m_object->BeforeRead(property, std::move(task), times);
     }
     void BeforeAdvise(Task task, int times = 1) { m_object->Events().BeforeAdvise(std::move(task), times); }
+    /// Lets no read of a property be answered, while the window and all else go on, until `LetGo` or the end.
+    void Stall(Property property) { m_object->Stall(property); }
+    void LetGo(Property property) { m_object->LetGo(property); }
+    /// How many reads of the property wait.
+    int Stalled(Property property) const { return m_object->Stalled(property); }
 
     // Its end.
     /// Closes it in good order: OnQuit, gone from the list, window gone, WindowRevoked, clients disconnected.
@@ -129,32 +136,6 @@ class Browser {
     const LONG m_cookie;
 };
 
-/// A browser in a process of its own, which registered itself with the window list as real ones do.
-class RemoteBrowser {
- public:
-    RemoteBrowser(Handle process, ComPtr<IWebBrowser2> browser, LONG cookie);
-
-    HWND Window() const { return m_window; }
-    LONG Handle() const { return static_cast<LONG>(reinterpret_cast<LONG_PTR>(m_window)); }
-    LONG Cookie() const { return m_cookie; }
-    /// Sinks that are advised now; -1 when the process does not answer.
-    int Sinks() const;
-    /// Fires NewWindow2 over there. `cancel` and `hr` alone are told.
-    EventResult FireNewWindow2();
-    /// Ends the process from one moment to the next. The list keeps its entry.
-    void Kill();
-    /// Closes it in good order and waits for the end of its process. False after the limit (milliseconds).
-    bool Close(DWORD limit = 30000);
-
- private:
-    EventResult Ask(const wchar_t* event);
-
-    kestrelguard::Handle m_process;
-    ComPtr<IWebBrowser2> m_browser;
-    LONG m_cookie;
-    HWND m_window = nullptr;
-};
-
 /// The stand-in desktop: serves the system's ShellWindows from this process, and browsers behind it, through
 /// the interfaces that the real ones have. One at a time in a Wine prefix. Every member may be called from
 /// any thread of the multi-threaded apartment. Works under Wine only.
@@ -169,9 +150,8 @@ class StandInDesktop final : private BrowserOwner {
     /// Opens a browser window and, unless the options say otherwise, announces it with WindowRegistered.
     Browser& OpenBrowser(BrowserOptions options = {});
     /// Opens a browser in a process of its own; `host` is the path of browser_host.exe. Throws
-    /// std::runtime_error when none registers in time.
-    RemoteBrowser& OpenRemoteBrowser(const std::wstring& host, const std::wstring& url,
-                                     const std::wstring& title);
+    /// std::runtime_error when it does not register in time.
+    RemoteBrowser& OpenRemoteBrowser(const std::wstring& host, RemoteOptions options = {});
     /// Puts any object into the list: Wine's own browser, an object that is no browser, or null.
     /// Its cookie, for Withdraw.
     LONG Include(ComPtr<IDispatch> object, bool announced = true);
@@ -185,6 +165,8 @@ class StandInDesktop final : private BrowserOwner {
     std::vector<Browser*> Browsers() const;
     /// Those that are neither closed nor dead.
     std::vector<Browser*> OpenBrowsers() const;
+    /// Those in processes of their own, ended ones included.
+    std::vector<RemoteBrowser*> RemoteBrowsers() const;
     /// Entries in the list, dead ones included.
     int ListSize() const { return m_list->Size(); }
 
@@ -214,7 +196,19 @@ class StandInDesktop final : private BrowserOwner {
     void CloseRequested(BrowserObject& browser) noexcept override;
     void OpenWindow(BrowserObject& opener, const std::wstring& url,
                     ComPtr<IDispatch> replacement) noexcept override;
+    void OpenApart() noexcept override;
+    void StopApart() noexcept override;
+    bool CanOpenApart() const noexcept override { return true; }
     void Close(Browser& browser);
+    void Registered(DWORD process, ComPtr<IDispatch> object, LONG cookie);
+
+    /// A browser host that was started and has not registered yet.
+    struct Arrival {
+        bool announced = true;
+        ComPtr<IDispatch> object;
+        LONG cookie = 0;
+        Signal signal;
+    };
 
     Apartment m_apartment;
     KeptInterfaces m_keptInterfaces;
@@ -224,6 +218,7 @@ class StandInDesktop final : private BrowserOwner {
     mutable Lock m_lock;
     std::vector<std::unique_ptr<Browser>> m_browsers;
     std::vector<std::unique_ptr<RemoteBrowser>> m_remoteBrowsers;
+    std::map<DWORD, std::shared_ptr<Arrival>> m_arrivals;  // by process
     bool m_newDressed = false;
     bool m_newShown = false;
     Task m_allClosed;

@@ -185,6 +185,16 @@ EventCall EventCall::WindowRevoked(LONG cookie) {
     return EventCall(DISPID_WINDOWREVOKED).Value(Variant::Long(cookie));
 }
 
+PendingEvent PendingEvent::Begin(std::function<EventResult()> deliver) {
+    PendingEvent pending;
+    RunDetached([state = pending.m_state, deliver = std::move(deliver)]() mutable {
+        state->result = deliver();
+        deliver = nullptr;  // what it holds goes before anybody hears of the end
+        state->done.Set();
+    });
+    return pending;
+}
+
 EventResult PendingEvent::Result(DWORD limit) const {
     if (!Wait(limit)) {
         EventResult lost;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <list>
 #include <memory>
 #include <string>
@@ -103,6 +104,9 @@ struct EventResult {
 /// dismiss the message box that a sink shows).
 class PendingEvent {
  public:
+    /// Begins the delivery on a thread of its own.
+    static PendingEvent Begin(std::function<EventResult()> deliver);
+
     /// Whether all sinks have answered, now or within the limit (milliseconds).
     bool Wait(DWORD limit) const noexcept { return m_state->done.Wait(limit); }
     bool Done() const noexcept { return Wait(0); }
@@ -113,7 +117,6 @@ class PendingEvent {
     static constexpr DWORD kEventLimit = 30000;
 
  private:
-    friend class ConnectionPoint;
     struct State {
         Signal done;
         EventResult result;

@@ -17,9 +17,18 @@ constexpr UINT kChanged = WM_APP + 2;
 constexpr int kAddress = 100;
 constexpr int kGo = 101;
 
+// Entries of the window's own menu. Below 0xF000, and the system uses the last four bits.
+constexpr UINT kStall = 0x0100;
+constexpr UINT kOpenApart = 0x0110;
+constexpr UINT kStopApart = 0x0120;
+constexpr Property kStalling[] = {Property::Hwnd, Property::LocationUrl, Property::LocationName,
+                                  Property::StatusText};
+
+/// What the title bar shows.
 std::wstring Caption(const BrowserObject& browser) {
     const std::wstring title = browser.Title();
-    return title.empty() ? L"Microsoft Internet Explorer" : title + L" - Microsoft Internet Explorer";
+    return (title.empty() ? L"" : title + L" - ") + L"Microsoft Internet Explorer" +
+           (browser.Stalls() ? L" (stalls)" : L"");
 }
 
 /// A globe for title bars and the task bar, as wide and high as asked for (pixels).
@@ -77,6 +86,8 @@ class Frame {
     void Arrange() const;
     void Refresh();
     void Go() const;
+    void AddTrouble() const;
+    bool MakeTrouble(UINT entry) const;
     int Scaled(int at96) const { return MulDiv(at96, m_dpi, 96); }
 
     const std::shared_ptr<BrowserObject> m_browser;
@@ -167,6 +178,41 @@ void Frame::Go() const {
     }
 }
 
+/// Adds to the window's own menu (Alt+Space) what makes it hang.
+void Frame::AddTrouble() const {
+    const HMENU menu = GetSystemMenu(m_window, FALSE);
+    AppendMenuW(menu, MF_SEPARATOR, 0, nullptr);
+    AppendMenuW(menu, MF_STRING, kStall, L"S&tall this window's properties, or go on");
+    if (m_browser->Owner().CanOpenApart()) {
+        AppendMenuW(menu, MF_STRING, kOpenApart, L"&Open a window in a process of its own");
+        AppendMenuW(menu, MF_STRING, kStopApart, L"Stop &processes of their own, or go on");
+    }
+}
+
+bool Frame::MakeTrouble(UINT entry) const {
+    switch (entry) {
+        case kStall: {
+            const bool stalls = m_browser->Stalls();
+            for (const Property property : kStalling) {
+                if (stalls) {
+                    m_browser->LetGo(property);
+                } else {
+                    m_browser->Stall(property);
+                }
+            }
+            return true;
+        }
+        case kOpenApart:
+            m_browser->Owner().OpenApart();
+            return true;
+        case kStopApart:
+            m_browser->Owner().StopApart();
+            return true;
+        default:
+            return false;
+    }
+}
+
 bool Frame::PressLink(const std::wstring& link) const {
     const RECT place = m_view ? m_view->PlaceOf(link) : RECT{};
     if (IsRectEmpty(&place)) {
@@ -191,6 +237,7 @@ LRESULT Frame::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
         case WM_CREATE:
             if (m_browser->Options().dressed) {
                 Dress();
+                AddTrouble();
                 Arrange();  // a window that is not shown yet hears of no size
             }
             return 0;
@@ -210,6 +257,10 @@ LRESULT Frame::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
         case kChanged:
             Refresh();
             return 0;
+        case WM_SYSCOMMAND:
+            return MakeTrouble(static_cast<UINT>(wParam & 0xFFF0))
+                       ? 0
+                       : DefWindowProcW(m_window, message, wParam, lParam);
         case WM_CLOSE:
             // The browser closes from its own thread: this one never calls out.
             m_browser->Quit();

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <atomic>
 #include <deque>
 #include <functional>
 #include <memory>
@@ -51,6 +52,25 @@ class Signal {
 
  private:
     Handle m_event;
+};
+
+/// A passage that can be closed: whoever comes to it waits until it is open again. Open at first.
+class Gate {
+ public:
+    Gate() noexcept : m_open(CreateEventW(nullptr, TRUE, TRUE, nullptr)) {}
+    void Close() noexcept { ResetEvent(m_open.Get()); }
+    void Open() noexcept { SetEvent(m_open.Get()); }
+    void Pass() noexcept {
+        ++m_waiting;
+        WaitForSingleObject(m_open.Get(), INFINITE);
+        --m_waiting;
+    }
+    /// How many wait before it.
+    int Waiting() const noexcept { return m_waiting; }
+
+ private:
+    Handle m_open;
+    std::atomic<int> m_waiting{0};
 };
 
 /// Runs the task on a thread of its own in the multi-threaded apartment. The thread is nobody's: what the

@@ -203,7 +203,7 @@ TEST_F(MonitoringTest, AWindowThatClosesInTheMiddleOfARebuildIsForgotten) {
 TEST_F(MonitoringTest, AKilledBrowserIsSurvived) {
     Browser& living = m_desktop.OpenBrowser(Page(L"one"));
     desktop::RemoteBrowser& remote =
-        m_desktop.OpenRemoteBrowser(OwnFolder() + L"\\browser_host.exe", L"http://far.example/", L"far");
+        m_desktop.OpenRemoteBrowser(OwnFolder() + L"\\browser_host.exe", {L"http://far.example/", L"far"});
     Start();
     EXPECT_EQ(Tree({L"one", L"far"}, {}), m_guard->TreeLines());
     EXPECT_TRUE(remote.FireNewWindow2().cancel);

@@ -4,6 +4,7 @@
 //
 //   attach       walk the list, advise a sink on every browser and on the list
 //   list         walk the list: one line "window HANDLE URL|TITLE|STATUS" for each
+//   walk         walk the list without a word to the windows in it
 //   item N       ask for entry N of the list
 //   navigate URL Navigate2 in the first browser, optional arguments omitted
 //   cancel N     write N to every Cancel from now on; 0: leave them alone
@@ -175,6 +176,8 @@ struct Connection {
 
 std::vector<Connection> g_connections;
 ComPtr<IShellWindows> g_list;
+// What "walk" and "item" found: letting go is a word with the window, too.
+std::vector<ComPtr<IDispatch>> g_kept;
 
 HRESULT Connect(IUnknown* source, const IID& events, const std::string& name) {
     ComPtr<IConnectionPointContainer> container;
@@ -195,7 +198,9 @@ HRESULT Connect(IUnknown* source, const IID& events, const std::string& name) {
     return hr;
 }
 
-HRESULT Walk(std::vector<ComPtr<IWebBrowser2>>& browsers, int& entries) {
+/// Walks the list; `take` gets each object as it is.
+template <class Take>
+HRESULT Enumerate(Take take, int& entries) {
     ComPtr<IUnknown> unknown;
     HRESULT hr = g_list->_NewEnum(unknown.Put());
     if (FAILED(hr)) {
@@ -213,11 +218,19 @@ HRESULT Walk(std::vector<ComPtr<IWebBrowser2>>& browsers, int& entries) {
         }
         ++entries;
         if (entry.vt == VT_DISPATCH && entry.pdispVal != nullptr) {
-            if (ComPtr<IWebBrowser2> browser = ComPtr<IDispatch>(entry.pdispVal).As<IWebBrowser2>()) {
-                browsers.push_back(std::move(browser));
-            }
+            take(ComPtr<IDispatch>(entry.pdispVal));
         }
     }
+}
+
+HRESULT Walk(std::vector<ComPtr<IWebBrowser2>>& browsers, int& entries) {
+    return Enumerate(
+        [&browsers](const ComPtr<IDispatch>& object) {
+            if (ComPtr<IWebBrowser2> browser = object.As<IWebBrowser2>()) {
+                browsers.push_back(std::move(browser));
+            }
+        },
+        entries);
 }
 
 void Detach() {
@@ -226,6 +239,7 @@ void Detach() {
     }
     g_connections.clear();
     g_browsers.clear();
+    g_kept.clear();
     g_list.Reset();
 }
 
@@ -287,6 +301,17 @@ bool Do(const std::string& command) {
                 "|" + Narrow(title.Text()) + "|" + Narrow(status.Text()));
         }
         Answer(hr, std::to_string(entries) + " count " + std::to_string(count));
+    } else if (verb == "walk") {
+        int entries = 0;
+        LONG count = 0;
+        HRESULT hr = Open();
+        if (SUCCEEDED(hr)) {
+            hr = g_list->get_Count(&count);
+        }
+        if (SUCCEEDED(hr)) {
+            hr = Enumerate([](const ComPtr<IDispatch>& object) { g_kept.push_back(object); }, entries);
+        }
+        Answer(hr, std::to_string(entries) + " count " + std::to_string(count));
     } else if (verb == "item") {
         HRESULT hr = Open();
         ComPtr<IDispatch> found;
@@ -294,6 +319,7 @@ bool Do(const std::string& command) {
             hr = g_list->Item(Variant::Long(std::strtol(rest.c_str(), nullptr, 10)), found.Put());
         }
         Answer(hr, found ? "object" : "nothing");
+        g_kept.push_back(std::move(found));
     } else if (verb == "navigate") {
         Variant url = Variant::Text(std::wstring(rest.begin(), rest.end()));
         Variant none[4] = {Variant::Omitted(), Variant::Omitted(), Variant::Omitted(), Variant::Omitted()};

@@ -1,57 +1,13 @@
-#include "desktop/Desktop.h"
-
 #include <exdispid.h>
-#include <gtest/gtest.h>
 #include <olectl.h>
 
 #include "desktop/driver/Controls.h"
-#include "desktop/driver/Process.h"
+#include "tests/standin/StandInTest.h"
 
 namespace kestrelguard::desktop {
 namespace {
 
 using namespace kestrelguard::testing;
-
-/// The client in a process of its own, driven line by line.
-class Client {
- public:
-    Client() : m_process(Process::WithPipes(OwnFolder() + L"\\standin_client.exe")) {}
-
-    /// Sends a command and waits for its answer.
-    std::string Ask(const std::string& command) {
-        const int from = static_cast<int>(m_process.Lines().size());
-        m_process.WriteLine(command);
-        int answer = -1;
-        WaitUntil([&] {
-            const auto lines = m_process.Lines();
-            for (std::size_t i = static_cast<std::size_t>(from); i < lines.size(); ++i) {
-                if (lines[i].rfind("ok", 0) == 0 || lines[i].rfind("failed", 0) == 0) {
-                    answer = static_cast<int>(i);
-                    return true;
-                }
-            }
-            return false;
-        });
-        return answer < 0 ? "no answer" : m_process.Lines()[static_cast<std::size_t>(answer)];
-    }
-    /// Waits for an event line that begins so and returns it whole.
-    std::string Event(const std::string& start, int from = 0) {
-        const int line = m_process.WaitLine("event " + start, from);
-        return line < 0 ? "no event" : m_process.Lines()[static_cast<std::size_t>(line)];
-    }
-    /// How many events have come that begin so.
-    int Count(const std::string& start) const {
-        int count = 0;
-        for (const std::string& line : m_process.Lines()) {
-            count += line.rfind("event " + start, 0) == 0 ? 1 : 0;
-        }
-        return count;
-    }
-    Process& Program() { return m_process; }
-
- private:
-    Process m_process;
-};
 
 BrowserOptions Page(std::wstring url, std::wstring title) {
     BrowserOptions options;
@@ -60,12 +16,7 @@ BrowserOptions Page(std::wstring url, std::wstring title) {
     return options;
 }
 
-class StandInDesktopTest : public ::testing::Test {
- protected:
-    Apartment m_apartment;
-    StandInDesktop m_desktop;
-    Client m_client;
-};
+class StandInDesktopTest : public StandInTest {};
 
 TEST_F(StandInDesktopTest, AnEmptyListEnumeratesNothing) {
     EXPECT_EQ("ok 0 count 0", m_client.Ask("list"));
@@ -399,7 +350,7 @@ TEST_F(StandInDesktopTest, ObjectsThatAreNoBrowsersMayBeInTheList) {
 TEST_F(StandInDesktopTest, ABrowserOfAnotherProcessTakesPart) {
     m_desktop.OpenBrowser();
     RemoteBrowser& remote = m_desktop.OpenRemoteBrowser(OwnFolder() + L"\\browser_host.exe",
-                                                        L"http://remote.example/", L"Far away");
+                                                        {L"http://remote.example/", L"Far away"});
     EXPECT_EQ(2, m_desktop.ListSize());
     EXPECT_EQ("ok 2 of 2", m_client.Ask("attach"));
     EXPECT_EQ(1, remote.Sinks());
@@ -416,7 +367,7 @@ TEST_F(StandInDesktopTest, ABrowserOfAnotherProcessTakesPart) {
 
 TEST_F(StandInDesktopTest, AKilledBrowserProcessLeavesADeadEntry) {
     RemoteBrowser& remote = m_desktop.OpenRemoteBrowser(OwnFolder() + L"\\browser_host.exe",
-                                                        L"http://remote.example/", L"Far away");
+                                                        {L"http://remote.example/", L"Far away"});
     EXPECT_EQ("ok 1 of 1", m_client.Ask("attach"));
     remote.Kill();
     EXPECT_EQ(-1, remote.Sinks());

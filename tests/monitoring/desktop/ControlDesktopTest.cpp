@@ -430,7 +430,7 @@ TEST_F(ControlDesktopTest, ABrowserThatDiesWithoutAWordIsSurvived) {
 TEST_F(ControlDesktopTest, AKilledBrowserProcessIsSurvived) {
     Browser& living = m_desktop.OpenBrowser();
     RemoteBrowser& remote = m_desktop.OpenRemoteBrowser(OwnFolder() + L"\\browser_host.exe",
-                                                        L"http://remote.example/", L"Far away");
+                                                        {L"http://remote.example/", L"Far away"});
     m_client.Ask("on");
     EXPECT_EQ("2", m_client.Ask("count"));
     m_client.Ask("cancel");
