@@ -35,6 +35,23 @@ TEST_F(StartStopDesktopTest, AFirstStartShowsTheWindowAndWritesTheDefaults) {
     EXPECT_EQ(0u, guard.Program().ExitCode());
 }
 
+TEST_F(StartStopDesktopTest, ItWorksInAFolderThatTheCodePageCannotSpell) {
+    const GuardFolder outer;
+    const std::wstring folder = outer.Path() + L"\\\u0438\u043c\u044f-\u03b8\u03c9-\u05d0";
+    ASSERT_TRUE(CreateDirectoryW(folder.c_str(), nullptr));
+    const std::wstring exe = folder + L"\\kestrelguard.exe";
+    ASSERT_TRUE(CopyFileW(outer.Exe().c_str(), exe.c_str(), TRUE));
+    Process program(exe, {}, folder);
+    const HWND window = WaitTop(
+        program.Id(), [](HWND top) { return ClassOf(top) == L"Kestrelguard" && IsWindowVisible(top); });
+    ASSERT_NE(nullptr, window) << TextOf(FindMessageBox(program.Id()).window);
+    EXPECT_TRUE(FileExists(folder + L"\\KestrelS.CFG"));
+    PostMessageW(window, WM_CLOSE, 0, 0);
+    EXPECT_TRUE(program.WaitGone());
+    EXPECT_EQ(0u, program.ExitCode());
+    EXPECT_NE(std::string::npos, ReadBytes(folder + L"\\KestrelS.CFG").find("PT1/:/:0"));
+}
+
 TEST_F(StartStopDesktopTest, AStoredMinimisedStartGoesToTheTray) {
     const GuardFolder folder("MIN/:/:y\r\n");
     Guard guard(folder);

@@ -37,8 +37,8 @@ CacheTime CacheTimeOf(const FILETIME& fileTime) {
     FileTimeToSystemTime(&fileTime, &time);
     CacheTime cacheTime;
     cacheTime.year = time.wYear;
-    cacheTime.date = Formatted(GetDateFormatA, DATE_SHORTDATE, time);
-    cacheTime.time = Formatted(GetTimeFormatA, TIME_NOSECONDS, time);
+    cacheTime.date = Formatted(GetDateFormatA, DATE_SHORTDATE | LOCALE_USE_CP_ACP, time);
+    cacheTime.time = Formatted(GetTimeFormatA, TIME_NOSECONDS | LOCALE_USE_CP_ACP, time);
     return cacheTime;
 }
 

@@ -11,7 +11,8 @@ namespace kestrelguard {
 
 namespace {
 
-/// The text that a platform call puts into a buffer; it answers the text's size with its final NUL.
+/// The text that a platform call puts into a buffer, in the system code page (LOCALE_USE_CP_ACP: not in that
+/// of the user's language, which may be another); it answers the text's size with its final NUL.
 template <class Call>
 std::wstring TextFrom(Call call) {
     std::array<char, 256> buffer{};
@@ -28,17 +29,18 @@ std::wstring Win32Locale::GeneralDateNow() const {
     SYSTEMTIME now{};
     GetLocalTime(&now);
     const std::wstring date = TextFrom([&](char* text, int size) {
-        return GetDateFormatA(LOCALE_USER_DEFAULT, DATE_SHORTDATE, &now, nullptr, text, size);
+        return GetDateFormatA(LOCALE_USER_DEFAULT, DATE_SHORTDATE | LOCALE_USE_CP_ACP, &now, nullptr, text,
+                              size);
     });
     const std::wstring time = TextFrom([&](char* text, int size) {
-        return GetTimeFormatA(LOCALE_USER_DEFAULT, 0, &now, nullptr, text, size);
+        return GetTimeFormatA(LOCALE_USER_DEFAULT, LOCALE_USE_CP_ACP, &now, nullptr, text, size);
     });
     return date + L" " + time;
 }
 
 std::wstring Win32Locale::ThousandsSeparator() const {
     return TextFrom([](char* text, int size) {
-        return GetLocaleInfoA(LOCALE_USER_DEFAULT, LOCALE_STHOUSAND, text, size);
+        return GetLocaleInfoA(LOCALE_USER_DEFAULT, LOCALE_STHOUSAND | LOCALE_USE_CP_ACP, text, size);
     });
 }
 

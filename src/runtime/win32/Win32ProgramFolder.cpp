@@ -10,6 +10,7 @@
 #include "runtime/LineSplitter.h"
 #include "runtime/RunTimeError.h"
 #include "runtime/win32/AnsiText.h"
+#include "runtime/win32/CodePagePath.h"
 #include "runtime/win32/Owners.h"
 
 namespace kestrelguard {
@@ -121,6 +122,32 @@ class Leftover {
     bool m_kept = false;
 };
 
+template <class Letter>
+using ModuleFileName = DWORD WINAPI(HMODULE, Letter*, DWORD);
+
+/// The name of the program's file, however long; empty when the system does not tell it.
+template <class Letter>
+std::basic_string<Letter> NameFrom(ModuleFileName<Letter>* getModuleFileName) {
+    std::basic_string<Letter> name(MAX_PATH, Letter());
+    DWORD length = getModuleFileName(nullptr, name.data(), MAX_PATH);
+    while (length >= name.size()) {
+        name.resize(name.size() * 2);
+        length = getModuleFileName(nullptr, name.data(), static_cast<DWORD>(name.size()));
+    }
+    name.resize(length);
+    return name;
+}
+
+std::wstring NameOfProgram() {
+    std::wstring name = NameFrom<wchar_t>(GetModuleFileNameW);
+    if (name.empty()) {
+        // Windows 98 and Me, where names consist of the code page's letters anyway.
+        name = FromAnsi(NameFrom<char>(GetModuleFileNameA));
+    }
+    Require(name.empty() ? FALSE : TRUE);
+    return name;
+}
+
 /// Creates a file with that text and sees it through to the disk.
 void WriteWhole(const std::string& path, std::string_view text) {
     const File file = Open(path, GENERIC_WRITE, 0, CREATE_ALWAYS);
@@ -139,18 +166,9 @@ void WriteWhole(const std::string& path, std::string_view text) {
 }  // namespace
 
 std::wstring FolderOfProgram() {
-    std::string path(MAX_PATH, '\0');
-    DWORD length = GetModuleFileNameA(nullptr, path.data(), static_cast<DWORD>(path.size()));
-    while (length >= path.size()) {
-        path.resize(path.size() * 2);
-        length = GetModuleFileNameA(nullptr, path.data(), static_cast<DWORD>(path.size()));
-    }
-    Require(length != 0 ? TRUE : FALSE);
-    path.resize(length);
-    // Cut as wide text: in some code pages a backslash is also the second half of a character.
-    std::wstring folder = FromAnsi(path);
+    std::wstring folder = NameOfProgram();
     folder.resize(std::min(folder.size(), folder.rfind(L'\\')));
-    return folder;
+    return CodePagePath(folder);
 }
 
 Win32ProgramFolder::Win32ProgramFolder(std::wstring folder) : m_folder(std::move(folder)) {}

@@ -6,7 +6,8 @@
 
 namespace kestrelguard {
 
-/// The folder that holds the running program, without a backslash at its end.
+/// The folder that holds the running program, without a backslash at its end and in letters of the system
+/// code page. Throws as CodePagePath does.
 std::wstring FolderOfProgram();
 
 /// The program's text files, 8-bit text in the system code page, in one real folder.
