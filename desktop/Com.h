@@ -5,6 +5,7 @@
 #include <oleauto.h>
 #include <unknwn.h>
 
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -122,6 +123,20 @@ class Variant : public VARIANT {
         Variant value;
         value.vt = VT_I4;
         value.lVal = number;
+        return value;
+    }
+    /// An array of bytes; VT_EMPTY when there are none, or no memory.
+    static Variant Bytes(std::string_view bytes) noexcept {
+        Variant value;
+        SAFEARRAY* const array =
+            bytes.empty() ? nullptr : SafeArrayCreateVector(VT_UI1, 0, static_cast<ULONG>(bytes.size()));
+        void* data = nullptr;
+        if (array != nullptr && SUCCEEDED(SafeArrayAccessData(array, &data))) {
+            std::memcpy(data, bytes.data(), bytes.size());
+            SafeArrayUnaccessData(array);
+            value.vt = VT_ARRAY | VT_UI1;
+            value.parray = array;
+        }
         return value;
     }
     static Variant Bool(bool yes) noexcept {

@@ -2,9 +2,6 @@
 
 #include <exdispid.h>
 
-#include <algorithm>
-#include <cstring>
-
 namespace kestrelguard::desktop {
 
 namespace {
@@ -14,23 +11,6 @@ Variant TextOrNull(std::wstring_view text) {
     Variant value;
     value.vt = VT_BSTR;
     value.bstrVal = text.empty() ? nullptr : Bstr(text).Detach();
-    return value;
-}
-
-/// The bytes of a form as browsers send them; VT_EMPTY when there are none.
-Variant PostData(std::string_view bytes) {
-    Variant value;
-    if (bytes.empty()) {
-        return value;
-    }
-    SAFEARRAY* array = SafeArrayCreateVector(VT_UI1, 0, static_cast<ULONG>(bytes.size()));
-    void* data = nullptr;
-    if (array != nullptr && SUCCEEDED(SafeArrayAccessData(array, &data))) {
-        std::memcpy(data, bytes.data(), bytes.size());
-        SafeArrayUnaccessData(array);
-        value.vt = VT_ARRAY | VT_UI1;
-        value.parray = array;
-    }
     return value;
 }
 
@@ -100,7 +80,7 @@ EventCall EventCall::BeforeNavigate2(IDispatch* browser, std::wstring_view url, 
         .Reference(Variant::Text(url))
         .Reference(Variant::Long(flags))
         .Reference(TextOrNull(frame))
-        .DoubleReference(PostData(postData))
+        .DoubleReference(Variant::Bytes(postData))
         .Reference(TextOrNull(headers))
         .Cancel();
 }

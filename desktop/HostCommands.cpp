@@ -1,12 +1,13 @@
 #include "desktop/HostCommands.h"
 
-#include <string>
-
 #include "desktop/BrowserObject.h"
+#include "desktop/HandOut.h"
 
 namespace kestrelguard::desktop {
 
 namespace {
+
+constexpr std::wstring_view kPrefix = L"stand-in:";
 
 Variant Deliver(BrowserObject& browser, const EventCall& call) {
     const EventResult result = browser.Events().Deliver(call);
@@ -44,6 +45,10 @@ constexpr Command kCommands[] = {
      }},
     {L"NewWindow2",
      [](BrowserObject& browser, const std::wstring&) { return Deliver(browser, EventCall::NewWindow2()); }},
+    {L"references",
+     [](BrowserObject& browser, const std::wstring& rest) {
+         return PackReferences(browser.Dispatch(), std::stoi(rest));
+     }},
     {L"load",
      [](BrowserObject& browser, const std::wstring& rest) {
          browser.Load(rest);
@@ -69,11 +74,16 @@ constexpr Command kCommands[] = {
 
 }  // namespace
 
+HRESULT AskHost(IWebBrowser2& browser, const std::wstring& command, VARIANT& answer) noexcept {
+    const Bstr name(std::wstring(kPrefix) + command);
+    return browser.GetProperty(name.Get(), &answer);
+}
+
 HRESULT Obey(BrowserObject& browser, std::wstring_view name, VARIANT& answer) noexcept {
-    if (!name.starts_with(kCommandPrefix)) {
+    if (!name.starts_with(kPrefix)) {
         return E_NOTIMPL;
     }
-    name.remove_prefix(kCommandPrefix.size());
+    name.remove_prefix(kPrefix.size());
     const std::size_t blank = name.find(L' ');
     const std::wstring rest(blank == std::wstring_view::npos ? std::wstring_view() : name.substr(blank + 1));
     for (const Command& command : kCommands) {

@@ -1,5 +1,6 @@
 #include "desktop/RemoteBrowser.h"
 
+#include <cwchar>
 #include <stdexcept>
 
 #include "desktop/HostCommands.h"
@@ -7,11 +8,6 @@
 namespace kestrelguard::desktop {
 
 namespace {
-
-HRESULT Command(IWebBrowser2& browser, const std::wstring& command, Variant& answer) {
-    const Bstr name(std::wstring(kCommandPrefix) + command);
-    return browser.GetProperty(name.Get(), &answer);
-}
 
 /// Suspends or resumes all threads of a process at once.
 void Switch(HANDLE process, const char* function) {
@@ -35,14 +31,14 @@ RemoteBrowser::RemoteBrowser(kestrelguard::Handle process, ComPtr<IWebBrowser2> 
 
 int RemoteBrowser::Number(const std::wstring& command) const {
     Variant answer;
-    return SUCCEEDED(Command(*m_browser.Get(), command, answer)) && answer.vt == VT_I4 ? answer.lVal : -1;
+    return SUCCEEDED(AskHost(*m_browser.Get(), command, answer)) && answer.vt == VT_I4 ? answer.lVal : -1;
 }
 
 PendingEvent RemoteBrowser::Start(const std::wstring& command) const {
     return PendingEvent::Begin([browser = m_browser, command] {
         EventResult result;
         Variant answer;
-        result.hr = Command(*browser.Get(), command, answer);
+        result.hr = AskHost(*browser.Get(), command, answer);
         if (answer.vt == VT_BSTR) {
             const std::wstring text(answer.bstrVal, SysStringLen(answer.bstrVal));
             long hr = 0;

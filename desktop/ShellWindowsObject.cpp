@@ -7,6 +7,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "desktop/HandOut.h"
+
 namespace kestrelguard::desktop {
 
 namespace {
@@ -374,7 +376,7 @@ HRESULT ShellWindowsObject::Register(IDispatch* object, LONG window, int, LONG* 
     if (object == nullptr || cookie == nullptr) {
         return E_POINTER;
     }
-    *cookie = AddForeign(ComPtr<IDispatch>(object));
+    *cookie = AddForeign(HandOut(ComPtr<IDispatch>(object)));
     Registered registered;
     {
         const Hold hold(m_lock);
