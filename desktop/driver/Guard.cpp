@@ -35,14 +35,13 @@ std::string GuardFolder::SettingsLine(const std::string& key) const {
     return text.substr(start + 2, text.find("\r\n", start + 2) - start - 2);
 }
 
-Guard::Guard(const GuardFolder& folder, bool recordTray)
-    : m_program(folder.Exe(), {}, folder.Path(), recordTray) {
-    if (recordTray) {
-        const bool recording = Inside().RecordTray();
-        m_program.Resume();
-        if (!recording) {
-            throw std::runtime_error("the program does not use the notification area");
+Guard::Guard(const GuardFolder& folder, const Preparation& prepare)
+    : m_program(folder.Exe(), {}, folder.Path(), prepare != nullptr) {
+    if (prepare) {
+        if (!prepare(Inside())) {
+            throw std::runtime_error("the program does not call what was to be watched or replaced");
         }
+        m_program.Resume();
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -41,9 +42,11 @@ class GuardFolder {
 /// The program under test, running. Ended with this.
 class Guard {
  public:
-    /// Starts it; see WaitReady. With `recordTray` its calls of Shell_NotifyIconA are written down from the
-    /// first one.
-    explicit Guard(const GuardFolder& folder, bool recordTray = false);
+    /// What is done inside before anything has run there; false when it cannot be done.
+    using Preparation = std::function<bool(const Hook&)>;
+
+    /// Starts it; see WaitReady. Throws std::runtime_error when it does not start or cannot be prepared.
+    explicit Guard(const GuardFolder& folder, const Preparation& prepare = {});
 
     Process& Program() { return m_program; }
     /// Waits until it has started: its window is on the screen or in the tray, and answers. False after the

@@ -166,6 +166,12 @@ bool Hook::RecordTray() const {
     return Call(*request);
 }
 
+bool Hook::MakeListsOld() const {
+    const auto request = std::make_unique<hook::Request>();
+    request->operation = hook::Operation::OldLists;
+    return Call(*request);
+}
+
 std::vector<TrayCall> Hook::TrayCalls() const {
     std::vector<TrayCall> calls;
     const auto request = std::make_unique<hook::Request>();

@@ -76,6 +76,10 @@ class Hook {
     bool RecordTray() const;
     std::vector<TrayCall> TrayCalls() const;
 
+    /// From now on the program's list boxes take no more rows than those of Windows 98, 32,767. False when it
+    /// does not import what it takes to fill one.
+    bool MakeListsOld() const;
+
  private:
     bool Call(hook::Request& request) const;
 

@@ -8,6 +8,7 @@
 
 #include <array>
 #include <cstring>
+#include <type_traits>
 
 #include "desktop/hook/HookRequest.h"
 
@@ -21,6 +22,8 @@ constexpr DWORD kMostTrayRecords = 4096;
 std::array<TrayRecord, kMostTrayRecords> g_records;
 volatile LONG g_recordCount = 0;
 BOOL(WINAPI* g_notifyIcon)(DWORD, NOTIFYICONDATAA*) = nullptr;
+LRESULT(WINAPI* g_sendMessage)(HWND, UINT, WPARAM, LPARAM) = nullptr;
+LRESULT(WINAPI* g_callWindowProc)(WNDPROC, HWND, UINT, WPARAM, LPARAM) = nullptr;
 
 BOOL WINAPI RecordNotifyIcon(DWORD message, NOTIFYICONDATAA* data) noexcept {
     const LONG number = InterlockedIncrement(&g_recordCount) - 1;
@@ -32,6 +35,23 @@ BOOL WINAPI RecordNotifyIcon(DWORD message, NOTIFYICONDATAA* data) noexcept {
         std::memcpy(record.bytes, data, size);
     }
     return g_notifyIcon(message, data);
+}
+
+/// Whether a list box of Windows 98 would refuse the message: it takes 32,767 rows.
+bool OldListRefuses(HWND window, UINT message) {
+    char name[16] = {};
+    return message == LB_ADDSTRING && GetClassNameA(window, name, 16) != 0 &&
+           lstrcmpiA(name, "ListBox") == 0 && SendMessageA(window, LB_GETCOUNT, 0, 0) >= 32767;
+}
+
+LRESULT WINAPI SendToOldLists(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
+    return OldListRefuses(window, message) ? LB_ERRSPACE : g_sendMessage(window, message, wParam, lParam);
+}
+
+LRESULT WINAPI CallOldLists(WNDPROC procedure, HWND window, UINT message, WPARAM wParam,
+                            LPARAM lParam) noexcept {
+    return OldListRefuses(window, message) ? LB_ERRSPACE
+                                           : g_callWindowProc(procedure, window, message, wParam, lParam);
 }
 
 /// Leads the program's own import of a function elsewhere; what it led to before. Null when the program does
@@ -68,6 +88,18 @@ void* Redirect(const char* library, const char* function, void* replacement) {
         }
     }
     return nullptr;
+}
+
+/// Redirect, with the way to what was there before kept in `original`. False when the program does not
+/// import the function.
+template <class Function>
+bool RedirectTo(std::type_identity_t<Function> replacement, Function& original, const char* library,
+                const char* function) {
+    if (original == nullptr) {
+        void* before = Redirect(library, function, reinterpret_cast<void*>(replacement));
+        std::memcpy(&original, &before, sizeof(before));
+    }
+    return original != nullptr;
 }
 
 BOOL CALLBACK FindMenuWindow(HWND window, LPARAM request) noexcept {
@@ -191,12 +223,13 @@ extern "C" __declspec(dllexport) DWORD WINAPI KestrelguardTestHook(void* paramet
             CountObjects(request);
             break;
         case Operation::RecordTray:
-            if (g_notifyIcon == nullptr) {
-                void* before =
-                    Redirect("SHELL32.dll", "Shell_NotifyIconA", reinterpret_cast<void*>(&RecordNotifyIcon));
-                std::memcpy(&g_notifyIcon, &before, sizeof(before));
+            if (!RedirectTo(&RecordNotifyIcon, g_notifyIcon, "SHELL32.dll", "Shell_NotifyIconA")) {
+                return 1;
             }
-            if (g_notifyIcon == nullptr) {
+            break;
+        case Operation::OldLists:
+            if (!RedirectTo(&SendToOldLists, g_sendMessage, "USER32.dll", "SendMessageA") ||
+                !RedirectTo(&CallOldLists, g_callWindowProc, "USER32.dll", "CallWindowProcA")) {
                 return 1;
             }
             break;

@@ -11,6 +11,7 @@ enum class Operation : DWORD {
     RecordTray = 3,    ///< write down every Shell_NotifyIconA call from now on
     TrayRecords = 4,   ///< what was written down
     ReadFont = 5,      ///< the font of one of its controls
+    OldLists = 6,      ///< list boxes take no more rows than those of Windows 98 from now on
 };
 
 struct MenuItem {

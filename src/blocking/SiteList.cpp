@@ -12,32 +12,34 @@ std::wstring SiteList::Row(std::int32_t row) const {
 
 void SiteList::Append(const std::wstring& text) {
     if (m_rows.size() == m_rows.capacity()) {
-        m_rows.reserve(2 * m_rows.size() + 16);  // so that the last step below cannot fail
+        m_rows.reserve(2 * m_rows.size() + 16);  // so that the matcher's row is never left without ours
     }
-    const SiteMatcher::Row row = m_matcher.Add(text);
-    try {
-        m_display.Append(text);
-    } catch (...) {
-        m_matcher.Remove(row);
-        throw;
+    m_rows.push_back(m_matcher.Add(text));
+    if (m_fills == 0) {
+        m_display.RowsAppended();
     }
-    m_rows.push_back(row);
 }
 
 void SiteList::Remove(std::int32_t row) {
     if (!Has(row)) {
         throw RunTimeError(RunTimeError::kInvalidCall);
     }
-    m_display.Remove(row);
     const auto at = m_rows.begin() + row;
     m_matcher.Remove(*at);
     m_rows.erase(at);
+    m_display.RowRemoved(row);
 }
 
 void SiteList::Clear() {
-    m_display.Clear();
     m_matcher.Clear();
     m_rows.clear();
+    m_display.ShowRowsOf(this);
+}
+
+void SiteList::EndFill() {
+    if (--m_fills == 0) {
+        m_display.RowsAppended();
+    }
 }
 
 }  // namespace kestrelguard

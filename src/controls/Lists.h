@@ -33,6 +33,17 @@ class ListFill {
     ListRows& m_rows;
 };
 
+/// A window that shows rows which somebody else holds: from the first on, as many as it can. What it cannot
+/// show is held all the same, so showing never fails.
+class ListDisplay {
+ public:
+    virtual ~ListDisplay() = default;
+    /// Shows these rows from now on, which call the two below after every change; null for none.
+    virtual void ShowRowsOf(const ListRows* rows) noexcept = 0;
+    virtual void RowsAppended() noexcept = 0;
+    virtual void RowRemoved(std::int32_t row) noexcept = 0;
+};
+
 /// The selected row of a list box.
 class ListSelection {
  public:

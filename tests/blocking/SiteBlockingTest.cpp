@@ -16,7 +16,7 @@ class SiteBlockingTest : public testing::Test {
  protected:
     FakeCheckBox blockSites;
     FakeTextBox siteTXT;
-    FakeListRows display;
+    FakeListDisplay display;
     SiteList siteLST{display};
     FakeListSelection selection;
     TextSet siteSet;
@@ -41,7 +41,7 @@ class SiteBlockingTest : public testing::Test {
 
 TEST_F(SiteBlockingTest, AddsTheEntryInLowerCaseAndEmptiesTheField) {
     Add(L"Casino");
-    EXPECT_EQ(display.rows, Rows{L"casino"});
+    EXPECT_EQ(display.shown, Rows{L"casino"});
     EXPECT_EQ(siteLST.Row(0), L"casino");
     EXPECT_TRUE(siteSet.Contains(L"casino"));
     EXPECT_EQ(siteTXT.text, L"");
@@ -56,32 +56,40 @@ TEST_F(SiteBlockingTest, AddsNothingForAnEmptyField) {
 TEST_F(SiteBlockingTest, ADuplicateGetsASecondRowAndNeverShowsAlreadyExists) {
     Add(L"Casino");
     Add(L"casino");
-    EXPECT_EQ(display.rows, (Rows{L"casino", L"casino"}));
+    EXPECT_EQ(display.shown, (Rows{L"casino", L"casino"}));
     EXPECT_EQ(siteSet.Count(), 1U);
     EXPECT_EQ(siteTXT.text, L"");
 }
 
-TEST_F(SiteBlockingTest, TheFieldIsEmptiedEvenWhenTheListRefusesTheRow) {
-    struct Refusing : FakeListRows {
-        void Append(const std::wstring&) override { throw RunTimeError(RunTimeError::kOutOfMemory); }
-    } refusing;
-    SiteList list(refusing);
-    SiteBlocking ofList({blockSites, siteTXT, list, selection, siteSet, nodes});
+TEST_F(SiteBlockingTest, ASiteForWhichTheWindowHasNoRoomIsAddedAndBlocked) {
+    display.room = 1;
     blockSites.value = 1;
-    siteTXT.text = L"casino";
-    ofList.AddSite_Click();
+    Add(L"banners");
+    Add(L"casino");
+    EXPECT_EQ(display.shown, Rows{L"banners"});
     EXPECT_EQ(siteTXT.text, L"");
-    EXPECT_EQ(list.Count(), 0);
-    bool cancel = false;
-    ofList.IEEvents1_BrowserNavigating(browser, L"http://casino/", cancel);
-    EXPECT_FALSE(cancel);
+    EXPECT_EQ(siteLST.Row(1), L"casino");
+    EXPECT_TRUE(Cancels(L"http://casino/"));
+}
+
+TEST_F(SiteBlockingTest, ARemovedRowMakesRoomForOneThatWasNotShownAndCanBeRemovedThen) {
+    display.room = 2;
+    Add(L"a");
+    Add(L"b");
+    Add(L"c");
+    RemoveRow(0);
+    EXPECT_EQ(display.shown, (Rows{L"b", L"c"}));
+    RemoveRow(1);
+    EXPECT_EQ(display.shown, Rows{L"b"});
+    EXPECT_EQ(siteLST.Count(), 1);
+    EXPECT_FALSE(siteSet.Contains(L"c"));
 }
 
 TEST_F(SiteBlockingTest, RemovesTheSelectedRowAndItsKey) {
     Add(L"casino");
     Add(L"banners");
     RemoveRow(0);
-    EXPECT_EQ(display.rows, Rows{L"banners"});
+    EXPECT_EQ(display.shown, Rows{L"banners"});
     EXPECT_FALSE(siteSet.Contains(L"casino"));
     EXPECT_TRUE(siteSet.Contains(L"banners"));
 }
@@ -90,7 +98,7 @@ TEST_F(SiteBlockingTest, RemovesEveryRowOfADuplicateThoughItsKeyIsGoneAfterTheFi
     Add(L"casino");
     Add(L"casino");
     RemoveRow(1);
-    EXPECT_EQ(display.rows, Rows{L"casino"});
+    EXPECT_EQ(display.shown, Rows{L"casino"});
     EXPECT_TRUE(siteSet.Empty());
     RemoveRow(0);
     EXPECT_EQ(siteLST.Count(), 0);
@@ -107,7 +115,7 @@ TEST_F(SiteBlockingTest, NeverRemovesAnEmptyRow) {
     siteLST.Append(L"");
     siteSet.Add(L"", L"");
     RemoveRow(0);
-    EXPECT_EQ(display.rows, Rows{L""});
+    EXPECT_EQ(display.shown, Rows{L""});
     EXPECT_EQ(siteSet.Count(), 1U);
 }
 

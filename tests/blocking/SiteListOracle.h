@@ -12,13 +12,11 @@
 namespace kestrelguard {
 
 /// A display that shows nothing.
-class NoRowsShown : public ListRows {
+class NoRowsShown : public ListDisplay {
  public:
-    std::int32_t Count() const override { return 0; }
-    std::wstring Row(std::int32_t) const override { return {}; }
-    void Append(const std::wstring&) override {}
-    void Remove(std::int32_t) override {}
-    void Clear() override {}
+    void ShowRowsOf(const ListRows*) noexcept override {}
+    void RowsAppended() noexcept override {}
+    void RowRemoved(std::int32_t) noexcept override {}
 };
 
 /// A SiteList beside the plain definition of what it answers: the rows in order, each looked for in the

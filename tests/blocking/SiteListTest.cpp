@@ -12,17 +12,9 @@ namespace {
 
 using Rows = std::deque<std::wstring>;
 
-/// Fails the test when a row is read back from the display.
-struct WriteOnlyRows : FakeListRows {
-    std::wstring Row(std::int32_t row) const override {
-        ADD_FAILURE() << "the display is asked for row " << row;
-        return FakeListRows::Row(row);
-    }
-};
-
 class SiteListTest : public testing::Test {
  protected:
-    WriteOnlyRows display;
+    FakeListDisplay display;
     SiteList list{display};
 };
 
@@ -39,11 +31,13 @@ TEST_F(SiteListTest, ShowsEveryChangeAndAnswersFromItsOwnRows) {
     EXPECT_EQ(list.Row(3), L"Gr\u00fc\u00dfe \u20ac");
     list.Remove(1);
     EXPECT_EQ(list.Row(1), odd);
-    EXPECT_EQ(display.rows, (Rows{L"one", odd, L"Gr\u00fc\u00dfe \u20ac"}));
+    EXPECT_EQ(display.shown, (Rows{L"one", odd, L"Gr\u00fc\u00dfe \u20ac"}));
     list.Clear();
     EXPECT_EQ(list.Count(), 0);
-    EXPECT_TRUE(display.rows.empty());
+    EXPECT_TRUE(display.shown.empty());
     EXPECT_FALSE(list.AnyOccursIn(L"one"));
+    list.Append(L"two");
+    EXPECT_EQ(display.shown, Rows{L"two"});
 }
 
 TEST_F(SiteListTest, ARowThatIsNotThereIsEmptyAndCannotBeRemoved) {
@@ -52,41 +46,44 @@ TEST_F(SiteListTest, ARowThatIsNotThereIsEmptyAndCannotBeRemoved) {
         EXPECT_EQ(list.Row(row), L"");
         EXPECT_THROW(list.Remove(row), RunTimeError) << row;
     }
-    EXPECT_EQ(display.rows, Rows{L"one"});
+    EXPECT_EQ(display.shown, Rows{L"one"});
 }
 
-TEST_F(SiteListTest, PassesFillsOn) {
+TEST_F(SiteListTest, TellsTheDisplayOfManyRowsOnce) {
+    const int before = display.looks;
     {
-        const ListFill fill(list);
-        EXPECT_EQ(display.fills, 1);
+        const ListFill outer(list);
+        {
+            const ListFill inner(list);
+            list.Append(L"a");
+            list.Append(L"b");
+        }
+        list.Append(L"c");
+        EXPECT_EQ(display.looks, before);
     }
-    EXPECT_EQ(display.fills, 0);
+    EXPECT_EQ(display.looks, before + 1);
+    EXPECT_EQ(display.shown, (Rows{L"a", L"b", L"c"}));
 }
 
-TEST(SiteListFailureTest, ARowThatTheDisplayRefusesToShowOrToRemoveChangesNothing) {
-    struct Refusing : FakeListRows {
-        bool refuse = false;
-        void Append(const std::wstring& text) override {
-            if (refuse) {
-                throw RunTimeError(RunTimeError::kOutOfMemory);
-            }
-            FakeListRows::Append(text);
-        }
-        void Remove(std::int32_t row) override {
-            if (refuse) {
-                throw RunTimeError(RunTimeError::kInvalidCall);
-            }
-            FakeListRows::Remove(row);
-        }
-    } display;
-    SiteList list(display);
-    list.Append(L"one");
-    display.refuse = true;
-    EXPECT_THROW(list.Append(L"two"), RunTimeError);
-    EXPECT_THROW(list.Remove(0), RunTimeError);
-    EXPECT_EQ(list.Count(), 1);
-    EXPECT_TRUE(list.AnyOccursIn(L"one"));
-    EXPECT_FALSE(list.AnyOccursIn(L"two"));
+TEST_F(SiteListTest, HoldsEveryRowWhateverTheDisplayShows) {
+    display.room = 2;
+    for (const wchar_t* const text : {L"one", L"two", L"three", L"four"}) {
+        list.Append(text);
+    }
+    EXPECT_EQ(display.shown, (Rows{L"one", L"two"}));
+    EXPECT_EQ(list.Count(), 4);
+    EXPECT_EQ(list.Row(3), L"four");
+    EXPECT_TRUE(list.AnyOccursIn(L"http://four/"));
+    list.Remove(2);
+    EXPECT_EQ(list.Row(2), L"four");
+    EXPECT_FALSE(list.AnyOccursIn(L"http://three/"));
+    EXPECT_EQ(display.shown, (Rows{L"one", L"two"}));
+}
+
+TEST(SiteListEndTest, TheDisplayDoesNotLookAtRowsThatAreGone) {
+    FakeListDisplay display;
+    { const SiteList list(display); }
+    EXPECT_EQ(display.source, nullptr);
 }
 
 }  // namespace

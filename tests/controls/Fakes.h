@@ -242,6 +242,35 @@ class FakeListRows : public ListRows, public Fallible {
     bool Has(std::int32_t row) const { return row >= 0 && static_cast<std::size_t>(row) < rows.size(); }
 };
 
+/// A list window that is looked at all the time and takes so many rows, or any number.
+class FakeListDisplay : public ListDisplay {
+ public:
+    void ShowRowsOf(const ListRows* newSource) noexcept override {
+        source = newSource;
+        shown.clear();
+        RowsAppended();
+    }
+    void RowsAppended() noexcept override {
+        ++looks;
+        while (source != nullptr && static_cast<std::int32_t>(shown.size()) < source->Count() &&
+               shown.size() < room) {
+            shown.push_back(source->Row(static_cast<std::int32_t>(shown.size())));
+        }
+    }
+    void RowRemoved(std::int32_t row) noexcept override {
+        if (static_cast<std::size_t>(row) < shown.size()) {
+            shown.erase(shown.begin() + row);
+        }
+        RowsAppended();
+    }
+
+    const ListRows* source = nullptr;
+    std::deque<std::wstring> shown;
+    std::size_t room = static_cast<std::size_t>(-1);
+    /// How often it was told of rows.
+    int looks = 0;
+};
+
 class FakeListSelection : public ListSelection, public Fallible {
  public:
     std::int32_t SelectedRow() const override {

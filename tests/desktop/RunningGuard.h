@@ -13,13 +13,13 @@ class RunningGuard : public Guard {
  public:
     /// `settings` are the lines of its settings file; no file when empty. Throws std::runtime_error when it
     /// does not start.
-    explicit RunningGuard(const std::string& settings = {}, bool recordTray = false)
+    explicit RunningGuard(const std::string& settings = {}, const Preparation& prepare = {})
         : RunningGuard(std::make_shared<GuardFolder>(settings.empty() ? std::nullopt
                                                                       : std::optional<std::string>(settings)),
-                       recordTray) {}
+                       prepare) {}
     /// In a folder that an earlier run has left.
-    explicit RunningGuard(std::shared_ptr<GuardFolder> folder, bool recordTray = false)
-        : Guard(*folder, recordTray), m_folder(std::move(folder)) {
+    explicit RunningGuard(std::shared_ptr<GuardFolder> folder, const Preparation& prepare = {})
+        : Guard(*folder, prepare), m_folder(std::move(folder)) {
         if (!WaitReady()) {
             throw std::runtime_error("The program does not start");
         }

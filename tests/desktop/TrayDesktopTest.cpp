@@ -71,7 +71,7 @@ TEST_F(TrayDesktopTest, ShownItHasNoIconUntilItIsMinimised) {
 }
 
 TEST_F(TrayDesktopTest, TheRecordHasItsFirstForm) {
-    RunningGuard guard(kInTheTray, true);
+    RunningGuard guard(kInTheTray, &Hook::RecordTray);
     ASSERT_TRUE(WaitUntil([&] {
         for (const TrayCall& call : guard.Inside().TrayCalls()) {
             if (call.message == NIM_ADD) {
@@ -110,7 +110,7 @@ TEST_F(TrayDesktopTest, EachModeHasItsTip) {
 }
 
 TEST_F(TrayDesktopTest, ACountedPopupShowsWhenThePointerComes) {
-    RunningGuard guard(kInTheTray, true);
+    RunningGuard guard(kInTheTray, &Hook::RecordTray);
     Browser& browser = Watched();
     const TrayIcon icon = Icon();
     EXPECT_TRUE(browser.FireNewWindow2().cancel);

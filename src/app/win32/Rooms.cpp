@@ -18,7 +18,6 @@ FormControls::FormControls(FormWindow& form)
     popStopsT.Attach(form.Control(kPopStopsT));
     SiteTXT.Attach(form.Control(kSiteTXT));
     siteLST.Attach(form.Control(kSiteLST));
-    siteLST.FillWhenSeen();
     TitleBan.Attach(form.Control(kTitleBan));
     wash_F.Attach(form.Control(kWash_F));
     wash_CMB.Attach(form.Control(kWash_CMB));

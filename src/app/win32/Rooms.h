@@ -13,6 +13,7 @@
 #include "blocking/TitleBlocking.h"
 #include "browsertree/BrowserTree.h"
 #include "browsertree/win32/PlatformBrowserWindows.h"
+#include "controls/win32/ListDisplayControl.h"
 #include "controls/win32/MenuControls.h"
 #include "controls/win32/PlatformMessageBoxes.h"
 #include "controls/win32/PlatformMessageLoop.h"
@@ -47,7 +48,7 @@ struct FormControls {
     CaptionControl popsToday;
     CaptionControl popStopsT;
     TextBoxControl SiteTXT;
-    ListBoxControl siteLST;
+    ListDisplayControl siteLST;
     TextBoxControl TitleBan;
     TextBoxControl wash_F;
     DropDownControl wash_CMB;

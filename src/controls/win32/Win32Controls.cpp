@@ -82,12 +82,6 @@ void DropDownControl::SetText(const std::wstring& text) {
     }
 }
 
-ListBoxControl::~ListBoxControl() {
-    if (m_original != nullptr && m_window != nullptr) {
-        SetWindowLongA(m_window, GWL_WNDPROC, static_cast<LONG>(reinterpret_cast<LONG_PTR>(m_original)));
-    }
-}
-
 std::int32_t ListBoxControl::Count() const {
     return static_cast<std::int32_t>(SendMessageA(m_window, LB_GETCOUNT, 0, 0));
 }
@@ -112,45 +106,6 @@ void ListBoxControl::Append(const std::wstring& text) {
     if (m_scrollsSideways && text.size() > m_longestRow) {
         m_longestRow = text.size();
         MakeRoomFor(ToAnsi(text));
-    }
-}
-
-void ListBoxControl::FillWhenSeen() {
-    SetWindowLongA(m_window, GWL_USERDATA, static_cast<LONG>(reinterpret_cast<LONG_PTR>(this)));
-    m_original = reinterpret_cast<WNDPROC>(
-        SetWindowLongA(m_window, GWL_WNDPROC, static_cast<LONG>(reinterpret_cast<LONG_PTR>(&Procedure))));
-}
-
-LRESULT CALLBACK ListBoxControl::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
-    auto* const list = reinterpret_cast<ListBoxControl*>(GetWindowLongA(window, GWL_USERDATA));
-    const bool looks = message == WM_NCPAINT || message == WM_PAINT || message == WM_SETFOCUS ||
-                       (message >= LB_ADDSTRING && message <= LB_MSGMAX);
-    if (looks) {
-        list->Fill();
-    }
-    if (message == WM_NCDESTROY) {
-        list->m_window = nullptr;
-    }
-    return CallWindowProcA(list->m_original, window, message, wParam, lParam);
-}
-
-void ListBoxControl::Fill() noexcept {
-    if (m_waiting.empty()) {
-        return;
-    }
-    // Taken away first: the messages below come by here again.
-    std::string rows;
-    rows.swap(m_waiting);
-    CallWindowProcA(m_original, m_window, WM_SETREDRAW, FALSE, 0);
-    for (std::size_t at = 0; at < rows.size(); at = rows.find('\0', at) + 1) {
-        if (CallWindowProcA(m_original, m_window, LB_ADDSTRING, 0,
-                            reinterpret_cast<LPARAM>(rows.c_str() + at)) < 0) {
-            break;
-        }
-    }
-    if (m_fills == 0) {
-        CallWindowProcA(m_original, m_window, WM_SETREDRAW, TRUE, 0);
-        InvalidateRect(m_window, nullptr, TRUE);
     }
 }
 
@@ -179,7 +134,6 @@ void ListBoxControl::Remove(std::int32_t row) {
 }
 
 void ListBoxControl::Clear() {
-    m_waiting.clear();
     SendMessageA(m_window, LB_RESETCONTENT, 0, 0);
 }
 

@@ -76,11 +76,6 @@ class DropDownControl final : public DropDown {
 /// A list box, filled without drawing between BeginFill and EndFill.
 class ListBoxControl final : public ListRows, public ListSelection {
  public:
-    ListBoxControl() = default;
-    ~ListBoxControl() override;
-    ListBoxControl(const ListBoxControl&) = delete;
-    ListBoxControl& operator=(const ListBoxControl&) = delete;
-
     void Attach(HWND window) { m_window = window; }
     HWND Handle() const { return m_window; }
     std::int32_t Count() const override;
@@ -96,24 +91,12 @@ class ListBoxControl final : public ListRows, public ListSelection {
     /// From now on rows that are wider than the list can be scrolled to their end.
     void ScrollSideways() { m_scrollsSideways = true; }
 
-    /// From now on rows that are appended while the list cannot be seen wait beside it until somebody looks:
-    /// it is shown, or asked for its rows. A list window takes its time over 100,000 rows, and that of
-    /// Windows 98 takes no more than 32,767; what it does not take it does not show. For a list whose rows
-    /// are held elsewhere too.
-    void FillWhenSeen();
-
  private:
-    static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
     void MakeRoomFor(const std::string& row);
-    /// Gives the window the rows that wait.
-    void Fill() noexcept;
 
     HWND m_window = nullptr;
     int m_fills = 0;
     bool m_scrollsSideways = false;
-    WNDPROC m_original = nullptr;
-    /// The rows that wait, each ended by a NUL.
-    std::string m_waiting;
     std::size_t m_longestRow = 0;
     int m_widestRow = 0;
 };
