@@ -17,7 +17,7 @@ class CacheWindowHost final : public CacheWindowOpener, CacheListing, CacheEntri
     /// All of it outlives the host.
     struct Parts {
         HICON icon;
-        KG_IECache& cache;
+        CacheWalk& cache;
         DesktopCacheWindows& windows;
         const Locale& locale;
         MessageLoop& messages;

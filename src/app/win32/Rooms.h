@@ -26,6 +26,7 @@
 #include "privacy/KG_IECache.h"
 #include "privacy/Washer.h"
 #include "privacy/win32/ComUrlHistory.h"
+#include "privacy/win32/PatientCacheWalk.h"
 #include "privacy/win32/WinInetCache.h"
 #include "runtime/KeyedCollection.h"
 #include "runtime/LastingValues.h"
@@ -106,6 +107,7 @@ struct Rooms {
     KernelText text;
     DesktopCacheWindows cacheWindows;
     KG_IECache ieCache;
+    PatientCacheWalk cacheWalk;
     ComUrlHistory history;
     CacheWindowHost cacheWindow;
     Washer washer;

@@ -161,6 +161,14 @@ void ListBoxControl::SelectRow(std::int32_t row) {
     SendMessageA(m_window, LB_SETCURSEL, static_cast<WPARAM>(row), 0);
 }
 
+void VisibleControl::SetVisible(bool visible) {
+    ShowWindow(m_window, visible ? SW_SHOWNA : SW_HIDE);
+    if (!visible) {
+        // Who hides a control may be about to work for long: its picture must not stay behind.
+        UpdateWindow(GetParent(m_window));
+    }
+}
+
 bool EnabledControl::Enabled() const {
     return IsWindowEnabled(m_window) != FALSE;
 }

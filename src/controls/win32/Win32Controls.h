@@ -105,7 +105,7 @@ class ListBoxControl final : public ListRows, public ListSelection {
 class VisibleControl final : public Visibility {
  public:
     void Attach(HWND window) { m_window = window; }
-    void SetVisible(bool visible) override { ShowWindow(m_window, visible ? SW_SHOWNA : SW_HIDE); }
+    void SetVisible(bool visible) override;
 
  private:
     HWND m_window = nullptr;

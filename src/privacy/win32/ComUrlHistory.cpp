@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <utility>
 
+#include "controls/win32/WaitCursor.h"
 #include "runtime/win32/Com.h"
 
 namespace kestrelguard {
@@ -89,6 +90,8 @@ class ComHistoryStore final : public HistoryStore {
         return std::make_unique<ComHistoryEnumerator>(std::move(entries));
     }
     void ClearHistory() override {
+        PaintWindows();
+        const WaitCursor wait;
         CallOut([&] { return m_store->ClearHistory(); });
     }
 
