@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "controls/win32/WaitCursor.h"
 #include "runtime/Edge.h"
 #include "runtime/win32/AnsiText.h"
 
@@ -129,6 +130,7 @@ void ListDisplayControl::Fill() noexcept {
             if (rows - m_shown == 1) {
                 m_refused = !ShowNext();
             } else if (rows > m_shown) {
+                const WaitCursor wait;
                 const NotDrawn notDrawn(m_window, m_original);
                 while (m_shown < rows && !m_refused) {
                     m_refused = !ShowNext();

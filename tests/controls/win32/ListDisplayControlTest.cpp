@@ -131,6 +131,25 @@ TEST_F(ListDisplayControlTest, WhoeverAsksGetsTheRowsThatWaited) {
     EXPECT_EQ("a;;c;d;", Texts());
 }
 
+TEST_F(ListDisplayControlTest, ManyRowsAreGivenWithTheHourglassShown) {
+    struct Watching : FakeListRows {
+        std::wstring Row(std::int32_t row) const override {
+            waited = waited && GetCursor() == LoadCursorA(nullptr, MAKEINTRESOURCEA(32514));
+            return FakeListRows::Row(row);
+        }
+        mutable bool waited = true;
+    } watching;
+    const HCURSOR arrow = LoadCursorA(nullptr, MAKEINTRESOURCEA(32512));
+    SetCursor(arrow);
+    watching.Append(L"a");
+    watching.Append(L"b");
+    control.ShowRowsOf(&watching);
+    EXPECT_EQ("a;b;", Texts());
+    EXPECT_TRUE(watching.waited);
+    EXPECT_EQ(arrow, GetCursor());
+    control.ShowRowsOf(nullptr);
+}
+
 TEST_F(ListDisplayControlTest, EachQuestionFillsTheWindowWhicheverComesFirst) {
     char text[100] = {};
     const auto buffer = reinterpret_cast<LPARAM>(text);
