@@ -32,7 +32,7 @@ std::wstring SelectedText(const ListRows& rows, const ListSelection& selection) 
 
 }  // namespace
 
-void SavedCookiesStore::SavedCookiesFile(const std::wstring& Mode, const ListRows* savecLST) {
+void SavedCookiesStore::SavedCookiesFile(std::wstring_view Mode, const ListRows* savecLST) {
     if (Mode != kWrite && !m_folder.Exists(kFileName)) {
         return;
     }
@@ -51,14 +51,24 @@ void SavedCookiesStore::Read() {
         if (lines < kHeaderLines) {
             ++lines;
         } else if (Contains(line, kCookieMark)) {
-            // A line that is there twice is read once.
-            ErrorsIgnored([&] { fresh.Add(std::wstring(line), std::wstring(line)); });
+            // A line that is there twice is read once. No other failure drops a cookie.
+            const std::int32_t error = ErrorOf([&] { fresh.Add(std::wstring(line), std::wstring(line)); });
+            if (error != 0 && error != RunTimeError::kDuplicateKey) {
+                throw RunTimeError(error);
+            }
         }
     });
     m_savedCookies = std::move(fresh);
 }
 
+void SavedCookiesStore::WriteUnwritten() {
+    if (m_unwritten) {
+        Write(nullptr);
+    }
+}
+
 void SavedCookiesStore::Write(const ListRows* savecLST) {
+    m_unwritten = true;  // until it is
     std::wstring text;
     const auto writeLine = [&text](std::wstring_view line) { text.append(line).append(kLineEnd); };
     writeLine(kTitleLine);
@@ -81,6 +91,7 @@ void SavedCookiesStore::Write(const ListRows* savecLST) {
     }
     text += rows;
     m_folder.Write(kFileName, text);
+    m_unwritten = false;
 }
 
 void SavedCookiesEditor::SaveC_Click() {
@@ -89,7 +100,12 @@ void SavedCookiesEditor::SaveC_Click() {
         return;
     }
     if (ErrorOf([&] { m_parts.savedCookies.Add(address, address); }) == 0) {
-        m_parts.savedRows.Append(address);
+        try {
+            m_parts.savedRows.Append(address);
+        } catch (...) {
+            m_parts.savedCookies.Remove(address);  // the two hold the same, also when the list is full
+            throw;
+        }
         m_savedListChanged = true;
     }
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "controls/Controls.h"
 #include "controls/Lists.h"
@@ -21,7 +22,12 @@ class SavedCookiesStore {
     /// other mode writes a file that is there, and does nothing when there is none. The file's errors
     /// (kPermissionDenied, kPathFileAccess, kDiskFull, kDeviceIOError, ...) are thrown; then the collection
     /// or the file is what it was before.
-    void SavedCookiesFile(const std::wstring& Mode, const ListRows* savecLST = nullptr);
+    void SavedCookiesFile(std::wstring_view Mode, const ListRows* savecLST = nullptr);
+
+    /// The last write failed: the file does not hold what was saved or removed.
+    bool Unwritten() const noexcept { return m_unwritten; }
+    /// Tries a failed write once more, from the collection.
+    void WriteUnwritten();
 
  private:
     void Read();
@@ -30,6 +36,7 @@ class SavedCookiesStore {
     ProgramFolder& m_folder;
     const Locale& m_locale;
     TextSet& m_savedCookies;
+    bool m_unwritten = false;
 };
 
 /// The cache window's saving and removing of cookies: every change is made to the collection and to the

@@ -198,6 +198,47 @@ TEST_F(SavedCookiesTest, NoFailingReadLosesASavedCookie) {
     EXPECT_EQ(Saved(), (Texts{L"Cookie:b", L"Cookie:c"}));
 }
 
+TEST_F(SavedCookiesTest, AFailedWriteIsTriedAgain) {
+    Save(L"Cookie:a");
+    Faults faults;
+    folder.faults = &faults;
+    EXPECT_FALSE(store.Unwritten());
+    faults.FailAt(0, RunTimeError::kPermissionDenied);
+    EXPECT_THROW(store.SavedCookiesFile(L"WRITE", &savecLST), RunTimeError);
+    EXPECT_TRUE(store.Unwritten());
+    // The window is gone: the collection holds the same.
+    faults.FailAt(0, RunTimeError::kDiskFull);
+    EXPECT_THROW(store.WriteUnwritten(), RunTimeError);
+    EXPECT_TRUE(store.Unwritten());
+    store.WriteUnwritten();
+    EXPECT_FALSE(store.Unwritten());
+    EXPECT_EQ(folder.files[kFile], std::wstring(kHeader) + L"Cookie:a\r\n");
+    const int writes = folder.writes;
+    store.WriteUnwritten();
+    EXPECT_EQ(folder.writes, writes);
+}
+
+TEST_F(SavedCookiesTest, ALaterWriteMakesUpForAFailedOne) {
+    Faults faults;
+    folder.faults = &faults;
+    faults.FailAt(0, RunTimeError::kPermissionDenied);
+    EXPECT_THROW(store.SavedCookiesFile(L"WRITE", &savecLST), RunTimeError);
+    store.SavedCookiesFile(L"WRITE", &savecLST);
+    EXPECT_FALSE(store.Unwritten());
+}
+
+/// The two lists stay the same when the window's takes no further row.
+TEST_F(SavedCookiesTest, ACookieThatTheListRefusesIsNotSaved) {
+    kg_CLST.rows = {L"Cookie:a"};
+    cacheSelection.row = 0;
+    Faults faults;
+    savecLST.faults = &faults;
+    faults.FailAt(0, RunTimeError::kOutOfMemory);
+    EXPECT_THROW(editor.SaveC_Click(), RunTimeError);
+    EXPECT_TRUE(saved.Empty());
+    EXPECT_FALSE(editor.SavedListChanged());
+}
+
 TEST_F(SavedCookiesTest, SavesTheSelectedCookie) {
     kg_CLST.rows = {L"http://news.example/", L"Cookie:jane@news.example/"};
     cacheSelection.row = 1;
