@@ -8,8 +8,8 @@ void SettingsPages::KGTabs_Click() {
     const int selected = m_parts.frames.SelectedTab();
     if (selected == 1) {
         const std::wstring separator = m_parts.locale.ThousandsSeparator();
-        m_parts.popsToday.SetCaption(Grouped(m_parts.actions.PopupsStoppedToday(), separator));
-        m_parts.popStopsT.SetCaption(Grouped(m_parts.actions.PopupsStoppedTotal(), separator));
+        m_parts.popsToday.SetCaption(Grouped(m_parts.popups.popupsStoppedToday, separator));
+        m_parts.popStopsT.SetCaption(Grouped(m_parts.popups.popupsStoppedTotal, separator));
     }
     if (selected >= 1 && selected <= 5) {
         m_parts.frames.ShowFrame(selected - 1, true);
@@ -21,7 +21,7 @@ void SettingsPages::KGTabs_Click() {
     }
 }
 
-void SettingsPages::KG_C_Click(int /*index*/) {
+void SettingsPages::KG_C_Click() {
     m_parts.ApplyCmd.SetEnabled(true);
 }
 
@@ -30,25 +30,25 @@ void SettingsPages::cOpenM_Click() {
 }
 
 void SettingsPages::ApplyCmd_Click() {
-    m_parts.actions.RebuildTitleKeywords();
-    m_parts.actions.SettingsFile(L"Write");
+    m_parts.titleBlocking.RebuildTitleKeywords();
+    SettingsFile(L"Write");
     m_parts.ApplyCmd.SetEnabled(false);
-    m_parts.actions.SetWasher();
+    m_parts.washer.EnableTimer();
 }
 
 void SettingsPages::OKcmd_Click() {
     if (m_parts.ApplyCmd.Enabled()) {
         ApplyCmd_Click();
     }
-    m_parts.actions.Minimise();
+    m_parts.window.SetState(WindowState::Minimised);
 }
 
 void SettingsPages::Cancelcmd_Click() {
     if (m_parts.ApplyCmd.Enabled()) {
         m_parts.ApplyCmd.SetEnabled(false);
-        m_parts.actions.SettingsFile(L"Read");
+        SettingsFile(L"Read");
     }
-    m_parts.actions.Minimise();
+    m_parts.window.SetState(WindowState::Minimised);
 }
 
 }  // namespace kestrelguard

@@ -2,8 +2,13 @@
 
 #include <string>
 
+#include "app/TrayIcon.h"
+#include "blocking/TitleBlocking.h"
 #include "controls/Controls.h"
+#include "popup/PopupState.h"
+#include "privacy/Washer.h"
 #include "runtime/System.h"
+#include "settings/SettingsStore.h"
 
 namespace kestrelguard {
 
@@ -18,21 +23,6 @@ class PageFrames {
     virtual void ShowFrame(int frame, bool show) = 0;
 };
 
-/// What the settings pages ask of the rooms that own the settings.
-class SettingsActions {
- public:
-    virtual ~SettingsActions() = default;
-    virtual std::int32_t PopupsStoppedToday() const = 0;
-    virtual std::int32_t PopupsStoppedTotal() const = 0;
-    /// Builds the set of title keywords anew if their text was edited. Throws kDuplicateKey.
-    virtual void RebuildTitleKeywords() = 0;
-    /// Throws RunTimeError when the file cannot be read or written.
-    virtual void SettingsFile(const wchar_t* mode) = 0;
-    /// Sets the wash timer going or stops it, as the settings now say.
-    virtual void SetWasher() = 0;
-    virtual void Minimise() = 0;
-};
-
 /// The OK / Cancel / Apply pattern of the settings pages. Apply enabled means: the controls hold changes
 /// that are not stored yet.
 class SettingsPages {
@@ -40,17 +30,22 @@ class SettingsPages {
     /// All of it outlives the pages.
     struct Parts {
         PageFrames& frames;
+        TrayWindow& window;
         Switch& ApplyCmd;
         Caption& popsToday;
         Caption& popStopsT;
         const Locale& locale;
-        SettingsActions& actions;
+        const PopupState& popups;
+        TitleBlocking& titleBlocking;
+        SettingsStore& settings;
+        Washer& washer;
     };
 
     explicit SettingsPages(const Parts& parts) : m_parts(parts) {}
 
     void KGTabs_Click();
-    void KG_C_Click(int index);
+    /// Any of the six boxes.
+    void KG_C_Click();
     void cOpenM_Click();
     /// Throws what storing throws; Apply then stays enabled.
     void ApplyCmd_Click();
@@ -60,6 +55,8 @@ class SettingsPages {
     void Cancelcmd_Click();
 
  private:
+    void SettingsFile(std::wstring mode) { m_parts.settings.SettingsFile(mode); }
+
     Parts m_parts;
 };
 

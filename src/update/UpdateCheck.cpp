@@ -49,15 +49,14 @@ bool IsVersion(std::wstring_view text) {
 
 }  // namespace
 
-UpdateCheck::UpdateCheck(Winsock& zev, Winsock& zevPli, const UpdateClock& clock, const Locale& locale,
-                         MessageLoop& messages, MessageBoxes& boxes, UpdateProgram& program, UpdateData data)
-    : m_zev(zev),
-      m_zevPli(zevPli),
-      m_clock(clock),
-      m_locale(locale),
-      m_messages(messages),
-      m_boxes(boxes),
-      m_program(program),
+UpdateCheck::UpdateCheck(const Parts& parts, UpdateData data)
+    : m_zev(parts.zev),
+      m_zevPli(parts.ZEV_PLI),
+      m_clock(parts.clock),
+      m_locale(parts.locale),
+      m_messages(parts.messages),
+      m_boxes(parts.boxes),
+      m_program(parts.program),
       m_data(std::move(data)) {}
 
 void UpdateCheck::WinVersion(const WindowsVersionSource& system) {

@@ -58,9 +58,18 @@ struct UpdateData {
 /// silent: the socket is closed and the check is idle again.
 class UpdateCheck {
  public:
-    /// Keeps references to all but `data`. The sockets' events belong to ZevEvents() and ZevPliEvents().
-    UpdateCheck(Winsock& zev, Winsock& zevPli, const UpdateClock& clock, const Locale& locale,
-                MessageLoop& messages, MessageBoxes& boxes, UpdateProgram& program, UpdateData data);
+    /// All of it outlives the check.
+    struct Parts {
+        Winsock& zev;      // its events belong to ZevEvents()
+        Winsock& ZEV_PLI;  // its events belong to ZevPliEvents()
+        const UpdateClock& clock;
+        const Locale& locale;
+        MessageLoop& messages;
+        MessageBoxes& boxes;
+        UpdateProgram& program;
+    };
+
+    UpdateCheck(const Parts& parts, UpdateData data);
     UpdateCheck(const UpdateCheck&) = delete;
     UpdateCheck& operator=(const UpdateCheck&) = delete;
 

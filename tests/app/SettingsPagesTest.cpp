@@ -5,8 +5,12 @@
 #include <array>
 #include <string>
 
+#include "blocking/FakeBrowserNodes.h"
 #include "controls/Fakes.h"
+#include "privacy/FakeCache.h"
+#include "privacy/FakeHistory.h"
 #include "runtime/RunTimeError.h"
+#include "settings/SettingsWorld.h"
 
 namespace kestrelguard {
 namespace {
@@ -23,37 +27,87 @@ struct FakeFrames final : PageFrames {
     std::array<bool, 3> shown = {true, false, false};
 };
 
-struct FakeActions final : SettingsActions {
-    std::int32_t PopupsStoppedToday() const override { return 17; }
-    std::int32_t PopupsStoppedTotal() const override { return 1234; }
-    void RebuildTitleKeywords() override {
-        log += "keywords ";
-        if (keywordsFail) {
-            throw RunTimeError(RunTimeError::kDuplicateKey);
-        }
-    }
-    void SettingsFile(const wchar_t* mode) override {
-        log += std::wstring(mode) == L"Read" ? "read " : "write ";
-        if (fileFails) {
-            throw RunTimeError(RunTimeError::kPathFileAccess);
-        }
-    }
-    void SetWasher() override { log += "washer "; }
-    void Minimise() override { log += "minimise "; }
-
-    std::string log;
-    bool keywordsFail = false;
-    bool fileFails = false;
+struct NoWalk final : CacheWalk {
+    void LoadCacheEntries(bool&, bool&, bool&, bool&) override {}
 };
 
-struct SettingsPagesTest : testing::Test {
+struct NoCacheWindow final : CacheWindowOpener {
+    void ShowCacheWindow() override {}
+};
+
+struct FakeTrayWindow final : TrayWindow {
+    WindowState State() const override { return state; }
+    void SetState(WindowState newState) override { state = newState; }
+    void Hide() override {}
+    void Show() override {}
+    void SetForeground() override {}
+    WindowState state = WindowState::Normal;
+};
+
+/// The pages over the rooms that own the settings, with a file in memory.
+struct SettingsPagesTest : testing::Test, SettingsWorld {
+    SettingsPagesTest() {
+        // As after a start: a file is there, and every edit of the keywords is heard.
+        SettingsFile(L"Write");
+        folder.writes = 0;
+        folder.reads = 0;
+    }
+    void EditKeywords(const std::wstring& text) {
+        titleBan.text = text;
+        titleBlocking.TitleBan_Change();
+    }
+    bool Minimised() const { return window.state == WindowState::Minimised; }
+
     FakeFrames frames;
+    FakeTrayWindow window;
     FakeSwitch apply;
     FakeCaption today;
     FakeCaption total;
-    FakeLocale locale;
-    FakeActions actions;
-    SettingsPages pages{{frames, apply, today, total, locale, actions}};
+    PopupState popups{.prevent = pto[0],
+                      .prompt = pto[1],
+                      .allow = pto[2],
+                      .popupsStoppedTotal = values.popupsStoppedTotal};
+    FakeBrowserNodes nodes;
+    FakeMessageBoxes boxes;
+    FakeMessageLoop messages;
+    TitleBlocking titleBlocking{{.blockTitles = kgC[1],
+                                 .titleBan = titleBan,
+                                 .titleKeywordSet = titleKeywordSet,
+                                 .applyCmd = apply,
+                                 .nodes = nodes,
+                                 .boxes = boxes,
+                                 .locale = locale}};
+    FakeSwitch timer;
+    NoWalk walk;
+    FakeCacheWindows cacheWindows;
+    NoCacheWindow cacheWindow;
+    FakeHistory history;
+    bool ShowCookiesOnly = false;
+    Washer washer{{.washCache = kgC[2],
+                   .washHistory = kgC[3],
+                   .washCookies = kgC[4],
+                   .washAuto = kgC[5],
+                   .wash_F = washF,
+                   .wash_CMB = washCmb,
+                   .timer = timer,
+                   .ApplyCmd = apply,
+                   .cache = walk,
+                   .cacheWindows = cacheWindows,
+                   .cacheWindowOpener = cacheWindow,
+                   .history = history,
+                   .messages = messages,
+                   .WashMinutes = values.WashMinutes,
+                   .ShowCookiesOnly = ShowCookiesOnly}};
+    SettingsPages pages{{.frames = frames,
+                         .window = window,
+                         .ApplyCmd = apply,
+                         .popsToday = today,
+                         .popStopsT = total,
+                         .locale = locale,
+                         .popups = popups,
+                         .titleBlocking = titleBlocking,
+                         .settings = store,
+                         .washer = washer}};
 };
 
 TEST_F(SettingsPagesTest, ASelectedTabShowsItsFrameAlone) {
@@ -66,6 +120,8 @@ TEST_F(SettingsPagesTest, ASelectedTabShowsItsFrameAlone) {
 }
 
 TEST_F(SettingsPagesTest, TheFirstTabShowsTheCountersGrouped) {
+    popups.popupsStoppedToday = 17;
+    values.popupsStoppedTotal = 1234;
     frames.selected = 1;
     pages.KGTabs_Click();
     EXPECT_EQ(today.text, L"17");
@@ -79,63 +135,101 @@ TEST_F(SettingsPagesTest, TheOtherTabsLeaveTheCountersAlone) {
     EXPECT_EQ(today.text, L"old");
 }
 
-TEST_F(SettingsPagesTest, AClickOnABoxEnablesApply) {
+TEST_F(SettingsPagesTest, AClickOnABoxEnablesApplyAndStoresNothing) {
     apply.enabled = false;
-    pages.KG_C_Click(4);
+    pages.KG_C_Click();
     EXPECT_TRUE(apply.enabled);
     apply.enabled = false;
     pages.cOpenM_Click();
     EXPECT_TRUE(apply.enabled);
-    EXPECT_EQ(actions.log, "");
+    EXPECT_EQ(folder.writes, 0);
 }
 
-TEST_F(SettingsPagesTest, ApplyRebuildsTheKeywordsThenWrites) {
-    apply.enabled = true;
+TEST_F(SettingsPagesTest, ApplyTakesTheKeywordsStoresAndSetsTheWasherGoing) {
+    EditKeywords(L"Poker -Dice");
+    kgC[5].value = 1;
     pages.ApplyCmd_Click();
-    EXPECT_EQ(actions.log, "keywords write washer ");
+    EXPECT_TRUE(titleKeywordSet.Contains(L"poker"));
+    EXPECT_TRUE(titleKeywordSet.Contains(L"dice"));
+    EXPECT_NE(File().find(L"SS2/:/:n/:/:Poker -Dice"), std::wstring::npos);
     EXPECT_FALSE(apply.enabled);
+    EXPECT_TRUE(timer.enabled);
+    kgC[5].value = 0;
+    pages.ApplyCmd_Click();
+    EXPECT_FALSE(timer.enabled);
+}
+
+TEST_F(SettingsPagesTest, ApplyAfterABoxAloneLeavesTheKeywordsAlone) {
+    titleBan.text = L"unheard -edit";
+    pages.KG_C_Click();
+    pages.ApplyCmd_Click();
+    EXPECT_EQ(titleKeywordSet.Count(), 0);
+    EXPECT_EQ(folder.writes, 1);
 }
 
 TEST_F(SettingsPagesTest, ApplyThatFailsStaysEnabled) {
-    apply.enabled = true;
-    actions.keywordsFail = true;
+    EditKeywords(L"twice -twice");
     EXPECT_THROW(pages.ApplyCmd_Click(), RunTimeError);
-    EXPECT_EQ(actions.log, "keywords ");
+    EXPECT_EQ(folder.writes, 0) << "keywords come first";
     EXPECT_TRUE(apply.enabled);
-    actions.keywordsFail = false;
-    actions.fileFails = true;
+    EditKeywords(L"once -twice");
+    Faults faults;
+    folder.faults = &faults;
+    faults.FailAt(1, RunTimeError::kPathFileAccess);  // after the look whether the file is there
     EXPECT_THROW(pages.ApplyCmd_Click(), RunTimeError);
+    EXPECT_EQ(folder.writes, 1);
     EXPECT_TRUE(apply.enabled);
+    EXPECT_FALSE(timer.enabled);
 }
 
 TEST_F(SettingsPagesTest, OKWithNothingChangedDoesNotWrite) {
     apply.enabled = false;
     pages.OKcmd_Click();
-    EXPECT_EQ(actions.log, "minimise ");
+    EXPECT_EQ(folder.writes, 0);
+    EXPECT_TRUE(Minimised());
 }
 
 TEST_F(SettingsPagesTest, OKAppliesChangesAndMinimises) {
-    apply.enabled = true;
+    EditKeywords(L"a -b");
     pages.OKcmd_Click();
-    EXPECT_EQ(actions.log, "keywords write washer minimise ");
+    EXPECT_EQ(folder.writes, 1);
+    EXPECT_TRUE(titleKeywordSet.Contains(L"a"));
+    EXPECT_TRUE(Minimised());
 }
 
 TEST_F(SettingsPagesTest, OKThatCannotStoreKeepsTheWindow) {
-    apply.enabled = true;
-    actions.fileFails = true;
+    EditKeywords(L"twice -twice");
     EXPECT_THROW(pages.OKcmd_Click(), RunTimeError);
-    EXPECT_EQ(actions.log, "keywords write ");
+    EXPECT_FALSE(Minimised());
 }
 
 TEST_F(SettingsPagesTest, CancelReadsOnlyWhatWasChanged) {
     apply.enabled = false;
     pages.Cancelcmd_Click();
-    EXPECT_EQ(actions.log, "minimise ");
-    actions.log.clear();
+    EXPECT_EQ(folder.reads, 0);
+    EXPECT_TRUE(Minimised());
     apply.enabled = true;
     pages.Cancelcmd_Click();
-    EXPECT_EQ(actions.log, "read minimise ");
+    EXPECT_EQ(folder.reads, 1);
     EXPECT_FALSE(apply.enabled);
+}
+
+TEST_F(SettingsPagesTest, CancelAfterAnEditOfTheKeywordsPutsTheStoredOnesBack) {
+    EditKeywords(L"edited -away");
+    pages.Cancelcmd_Click();
+    EXPECT_EQ(titleBan.text, L"xxx -porn -sex");
+    EXPECT_TRUE(titleKeywordSet.Contains(L"xxx"));
+    EXPECT_FALSE(titleKeywordSet.Contains(L"edited"));
+}
+
+TEST_F(SettingsPagesTest, CancelTurnsApplyOffEvenWhenTheFileCannotBeRead) {
+    apply.enabled = true;
+    Faults faults;
+    folder.faults = &faults;
+    faults.FailAt(1, RunTimeError::kPermissionDenied);
+    EXPECT_THROW(pages.Cancelcmd_Click(), RunTimeError);
+    EXPECT_FALSE(apply.enabled);
+    EXPECT_FALSE(Minimised());
 }
 
 }  // namespace

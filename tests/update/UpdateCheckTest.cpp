@@ -214,7 +214,7 @@ TEST_F(UpdateCheckTest, AnOvershootNeverCompletes) {
 
 TEST_F(UpdateCheckTest, AMissingPageEndsTheCheckQuietly) {
     for (const wchar_t* const status : {L"HTTP/1.1 404 Not Found", L"HTTP/1.1 404 NOT FOUND"}) {
-        UpdateCheck other{zev, zevPli, clock, locale, messages, boxes, program, Fresh()};
+        UpdateCheck other{With(zev, zevPli), Fresh()};
         other.DocumentComplete(kPage);
         other.ZevEvents().OnConnect();
         zev.data = std::wstring(status) + L"\r\nContent-Length: 4\r\nServer: x\r\n\r\ngone";
@@ -333,7 +333,7 @@ TEST_F(UpdateCheckTest, APageCutAnywhereCompletesExactlyWhenTheFirstPieceHoldsTh
     for (std::size_t cut = 1; cut < page.size(); ++cut) {
         FakeWinsock first;
         FakeWinsock second;
-        UpdateCheck one{first, second, clock, locale, messages, boxes, program, Fresh()};
+        UpdateCheck one{With(first, second), Fresh()};
         one.DocumentComplete(kPage);
         one.ZevEvents().OnConnect();
         for (const std::wstring& piece : {page.substr(0, cut), page.substr(cut)}) {
@@ -457,7 +457,7 @@ TEST_F(UpdateCheckTest, OnlyAFailureOfConnectItselfEndsTheCheck) {
 TEST_F(UpdateCheckTest, TheTestSwitchLeadsToTheTestServer) {
     UpdateData data = Fresh();
     data.useTestServer = true;
-    UpdateCheck other{zev, zevPli, clock, locale, messages, boxes, program, data};
+    UpdateCheck other{With(zev, zevPli), data};
     other.ConnectUpdateServer();
     EXPECT_EQ(zevPli.remoteHost, maker::kTestServer);
     EXPECT_EQ(zevPli.remotePort, 26144);
@@ -494,7 +494,7 @@ TEST_F(UpdateCheckTest, AReportThatCannotBeSentEndsTheCheckSilently) {
     for (const char* const step : {"LocalHostName", "LocalIP", "SendData"}) {
         FakeWinsock second;
         second.errors[step] = 10054;
-        UpdateCheck other{zev, second, clock, locale, messages, boxes, program, Fresh()};
+        UpdateCheck other{With(zev, second), Fresh()};
         other.ConnectUpdateServer();
         other.ZevPliEvents().OnConnect();
         EXPECT_EQ(second.calls.back(), "Close") << step;
@@ -537,7 +537,7 @@ TEST_F(UpdateCheckTest, ATextThatIsNoVersionNeverReachesACommandLine) {
     boxes.answer = 6;
     for (const wchar_t* const offered : {L"9 & del", L"9\" /x", L"9\r\n", L"a.b", L"9%s%n", L"..\\9"}) {
         FakeWinsock second;
-        UpdateCheck other{zev, second, clock, locale, messages, boxes, program, Fresh()};
+        UpdateCheck other{With(zev, second), Fresh()};
         second.data = L":'/|ZEV_PRODLI" + std::wstring(offered);
         other.ZevPliEvents().OnDataArrival(1);
         EXPECT_TRUE(other.Data().updateOffered);
@@ -598,7 +598,7 @@ TEST_F(UpdateCheckTest, AReplySplitWithinTheTokenIsIgnored) {
     const std::wstring reply = L":'/|ZEV_PRODLI9.0.0";
     for (std::size_t cut = 1; cut < 14; ++cut) {
         FakeWinsock second;
-        UpdateCheck other{zev, second, clock, locale, messages, boxes, program, Fresh()};
+        UpdateCheck other{With(zev, second), Fresh()};
         for (const std::wstring& piece : {reply.substr(0, cut), reply.substr(cut)}) {
             second.data = piece;
             other.ZevPliEvents().OnDataArrival(static_cast<std::int32_t>(piece.size()));
@@ -650,7 +650,7 @@ TEST_F(UpdateCheckTest, FormatsAndNulsInAnOfferAreJustText) {
     const std::wstring odd = std::wstring(L"%s%n{0}\0%1", 10);
     UpdateData old = Fresh();
     old.versionText = L"!";
-    UpdateCheck other{zev, zevPli, clock, locale, messages, boxes, program, old};
+    UpdateCheck other{With(zev, zevPli), old};
     zevPli.data = L":'/|ZEV_PRODLI" + odd;
     other.ZevPliEvents().OnDataArrival(24);
     ASSERT_EQ(boxes.shown.size(), 1U);
@@ -672,13 +672,13 @@ TEST_F(UpdateCheckTest, AnEndlessReplyIsClosed) {
 TEST_F(UpdateCheckTest, WinVersionFillsTheCode) {
     FakeVersion system;
     system.version = WindowsVersion{2, 5, 0, L"", 0, 1};
-    UpdateCheck other{zev, zevPli, clock, locale, messages, boxes, program, UpdateData{}};
+    UpdateCheck other{With(zev, zevPli), UpdateData{}};
     other.WinVersion(system);
     EXPECT_EQ(other.Data().windowsCode, L"00PRO");
 }
 
 TEST_F(UpdateCheckTest, WinVersionLeavesTheCodeWhenTheSystemRefuses) {
-    UpdateCheck other{zev, zevPli, clock, locale, messages, boxes, program, UpdateData{}};
+    UpdateCheck other{With(zev, zevPli), UpdateData{}};
     other.WinVersion(FakeVersion{});
     EXPECT_EQ(other.Data().windowsCode, L"");
     check.WinVersion(FakeVersion{});
@@ -688,7 +688,7 @@ TEST_F(UpdateCheckTest, WinVersionLeavesTheCodeWhenTheSystemRefuses) {
 TEST_F(UpdateCheckTest, WinVersionGivesTheUnknownCode) {
     FakeVersion system;
     system.version = WindowsVersion{2, 10, 0, L"", 256, 1};
-    UpdateCheck other{zev, zevPli, clock, locale, messages, boxes, program, UpdateData{}};
+    UpdateCheck other{With(zev, zevPli), UpdateData{}};
     other.WinVersion(system);
     EXPECT_EQ(other.Data().windowsCode, L"02UNK");
 }

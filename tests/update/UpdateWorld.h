@@ -27,8 +27,18 @@ struct FakeUpdateProgram : UpdateProgram {
 /// An update check with everything around it.
 struct UpdateWorld {
     UpdateWorld() : UpdateWorld(Fresh()) {}
-    explicit UpdateWorld(UpdateData data)
-        : check(zev, zevPli, clock, locale, messages, boxes, program, std::move(data)) {}
+    explicit UpdateWorld(UpdateData data) : check(With(zev, zevPli), std::move(data)) {}
+
+    /// This world's parts around two sockets.
+    UpdateCheck::Parts With(Winsock& lookup, Winsock& query) {
+        return {.zev = lookup,
+                .ZEV_PLI = query,
+                .clock = clock,
+                .locale = locale,
+                .messages = messages,
+                .boxes = boxes,
+                .program = program};
+    }
 
     static UpdateData Fresh() {
         UpdateData data;

@@ -4,14 +4,31 @@ namespace kestrelguard {
 
 void CacheWindowHost::ShowCacheWindow() {
     if (!m_form) {
-        m_form = CacheForm::Create({m_parts.icon, kCacheWindowCaption, *this, *this, m_parts.messages,
-                                    m_parts.savedCookies, m_parts.savedCookiesFile, m_parts.ShowCookiesOnly,
-                                    m_parts.showError, [this] { Forget(); }});
-        m_window.emplace(CacheWindow{m_form->Entries(), m_form->Entries(), m_form->EntriesVisibility(),
-                                     m_form->CountLabel(), m_form->DetailsLabel(), m_entries});
+        m_form = CacheForm::Create({.icon = m_parts.icon,
+                                    .caption = kCacheWindowCaption,
+                                    .listing = *this,
+                                    .cache = *this,
+                                    .messages = m_parts.messages,
+                                    .savedCookies = m_parts.savedCookies,
+                                    .savedCookiesFile = m_parts.savedCookiesFile,
+                                    .ShowCookiesOnly = m_parts.ShowCookiesOnly,
+                                    .showError = m_parts.showError,
+                                    .unloaded = [this] { Forget(); }});
+        m_window.emplace(CacheWindow{.entries = m_form->Entries(),
+                                     .selection = m_form->Entries(),
+                                     .visibility = m_form->EntriesVisibility(),
+                                     .countLabel = m_form->CountLabel(),
+                                     .detailsLabel = m_form->DetailsLabel(),
+                                     .details = m_entries});
         m_parts.windows.SetOwn(&*m_window);
         const auto form = m_form;
-        form->Form_Load();
+        try {
+            form->Form_Load();
+        } catch (...) {
+            // Its list of saved cookies is not the saved cookies: nothing may be written from it.
+            form->Discard();
+            throw;
+        }
     }
     if (m_form) {
         m_form->Show();

@@ -5,10 +5,16 @@
 #include <commctrl.h>
 
 #include <array>
-#include <optional>
 #include <vector>
 
+#include "app/SettingsPages.h"
+#include "app/TrayIcon.h"
 #include "app/win32/ControlIds.h"
+#include "app/win32/FormLayout.h"
+#include "app/win32/FormMenus.h"
+#include "app/win32/PageWindow.h"
+#include "controls/win32/FormBase.h"
+#include "controls/win32/SubclassedControl.h"
 #include "controls/win32/ToolTips.h"
 #include "runtime/win32/Owners.h"
 
@@ -21,81 +27,75 @@ struct ImageListTraits {
 };
 using ImageList = Owner<ImageListTraits>;
 
-/// Who handles the form's messages.
-class FormMessages {
+/// Sent by the tree to the form when the right button goes down over it or its menu key is pressed:
+/// the low word of lParam is x, the high word y, on the screen.
+inline constexpr UINT kTreeMenuMessage = WM_APP + 1;
+
+/// The tree's mouse and menu key, taken before the tree sees them.
+class TreeMenuKeys final : public SubclassedControl {
  public:
-    virtual ~FormMessages() = default;
-    /// Answers the message's result, or nothing for the default handling. May throw: the error is shown to
-    /// the user and the message counts as handled.
-    virtual std::optional<LRESULT> OnMessage(UINT message, WPARAM wParam, LPARAM lParam) = 0;
-    /// Tells the user about an error that left OnMessage.
-    virtual void OnError(const class RunTimeError& error) = 0;
+    void Attach(HWND tree, HWND form, int margin);
+
+ private:
+    std::optional<LRESULT> OnControlMessage(UINT message, WPARAM wParam, LPARAM lParam) noexcept override;
+    POINT BelowSelectedNode() const noexcept;
+    void Tell(POINT inTree) const noexcept;
+
+    HWND m_form = nullptr;
+    int m_margin = 0;
 };
 
 /// The windows of the form Kestrelguard: the main window, its three pages, all controls and both menus, laid
 /// out and with their default texts, hidden. Decides nothing.
-class FormWindow {
+class FormWindow : public FormBase, public TrayWindow, public PageFrames {
  public:
-    static constexpr int kPages = 3;
-
-    /// Creates every window. Throws RunTimeError when the system refuses one.
-    explicit FormWindow(FormMessages& messages);
-    ~FormWindow();
-    FormWindow(const FormWindow&) = delete;
-    FormWindow& operator=(const FormWindow&) = delete;
-
-    HWND Handle() const { return m_form; }
     HWND Control(ControlId id) const { return m_controls[static_cast<std::size_t>(id)]; }
-    HMENU TrayMenu() const { return m_trayMenu.Get(); }
-    HMENU BrowserMenu() const { return m_browserMenu.Get(); }
+    HMENU TrayMenuHandle() const { return m_trayMenu->Handle(); }
     HICON FormIcon() const { return m_icon; }
-    ToolTips& Tips() { return m_tips; }
+    TrayPopup& MnuM() { return *m_trayMenu; }
+    TreeMenu& BMnu() { return *m_treeMenu; }
 
     /// `KG_IMGL`: 1 a detail, 2 the root, 3 a browser window.
     ImageList LoadTreeImages() const;
 
-    /// Shows or hides one page, counted from 0.
-    void ShowPage(int page, bool show);
-    /// The selected tab, counted from 0.
-    int SelectedTab() const;
+    // TrayWindow
+    WindowState State() const override;
+    void SetState(WindowState state) override;
+    void Hide() override;
+    void Show() override;
+    void SetForeground() override;
 
-    /// The window has gone: nothing may be done with it any more.
-    bool Destroyed() const { return m_form == nullptr; }
-    void Destroy();
+    // PageFrames
+    int SelectedTab() const override;
+    int TabCount() const override { return form_layout::kPages; }
+    void ShowFrame(int frame, bool show) override;
+
+ protected:
+    /// Creates every window. Throws RunTimeError when the system refuses one.
+    explicit FormWindow(ErrorReport report);
+    ~FormWindow() override = default;
+
+    int DefaultButton(HWND focus) const override;
+    HWND FirstFocus() const override;
 
  private:
-    static LRESULT CALLBACK FormProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
-    static LRESULT CALLBACK PageProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
-    static LRESULT CALLBACK TreeProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
-
-    LRESULT OnMessage(UINT message, WPARAM wParam, LPARAM lParam);
-    std::optional<LRESULT> OnLook(UINT message, WPARAM wParam, LPARAM lParam);
-    void CreateFonts();
+    void CreateMainWindow();
     void CreateControls();
-    void CreateMenus();
+    void CreateOne(const form_layout::ControlRow& row);
     void LoadPictures();
     void FillTabs();
     void FillLists();
-    int Scaled(int at96Dpi) const { return MulDiv(at96Dpi, m_dpi, 96); }
 
-    FormMessages& m_messages;
-    HWND m_form = nullptr;
     std::array<HWND, 200> m_controls = {};
-    HWND m_lastFocus = nullptr;
-    WNDPROC m_treeProcedure = nullptr;
     HICON m_icon = nullptr;
-    HBRUSH m_pageBrush = nullptr;
-    int m_dpi = 96;
     Font m_font;
     Font m_boldFont;
-    Menu m_trayMenu;
-    Menu m_browserMenu;
+    std::array<PageWindow, form_layout::kPages> m_pages;
+    std::optional<TrayMenu> m_trayMenu;
+    std::optional<TreeMenu> m_treeMenu;
     std::vector<kestrelguard::Icon> m_pictures;
     ToolTips m_tips;
+    TreeMenuKeys m_treeKeys;
 };
-
-/// Sent by the tree to the form when the right button goes down over it or its menu key is pressed:
-/// the low word of lParam is x, the high word y, on the screen.
-inline constexpr UINT kTreeMenuMessage = WM_APP + 1;
 
 }  // namespace kestrelguard

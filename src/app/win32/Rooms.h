@@ -3,6 +3,7 @@
 // The socket library's header stands before that of Windows.
 #include "controls/win32/WinsockControl.h"
 //
+#include "app/SettingsPages.h"
 #include "app/TrayIcon.h"
 #include "app/win32/CacheWindowHost.h"
 #include "app/win32/FormEvents.h"
@@ -64,7 +65,7 @@ struct FormControls {
 
 /// The subsystems and how they are tied together. What a row names stands above it.
 struct Rooms {
-    Rooms(FormWindow& form, TrayWindow& window, TrayPopup& trayMenu, BrowserMenu& browserMenu);
+    explicit Rooms(FormWindow& form);
 
     FormControls controls;
 
@@ -111,6 +112,9 @@ struct Rooms {
     ComUrlHistory history;
     CacheWindowHost cacheWindow;
     Washer washer;
+
+    // The settings pages.
+    SettingsPages pages;
 
     // Update check.
     PlatformMessageBoxes formBoxes;

@@ -3,9 +3,7 @@
 #include <commctrl.h>
 
 #include "cachewindow/Texts.h"
-#include "controls/win32/PlatformMessageLoop.h"
-#include "runtime/Edge.h"
-#include "runtime/win32/AnsiText.h"
+#include "runtime/FirstFailure.h"
 
 namespace kestrelguard {
 
@@ -36,15 +34,11 @@ struct CacheForm::ControlRow {
     TwipsRect CacheLayout::*place;
 };
 
-struct CacheForm::Command {
-    int id;
-    int notification;
-    void (*handler)(CacheForm& form);
-};
-
 namespace {
 
 constexpr char kClass[] = "KG_Cache";
+
+constexpr int kFontPoints = 8;
 
 constexpr DWORD kLabel = SS_LEFT | SS_NOPREFIX;
 /// A long file name must not push the last line out.
@@ -52,17 +46,6 @@ constexpr DWORD kThreeLines = SS_LEFTNOWORDWRAP | SS_NOPREFIX;
 constexpr DWORD kButton = BS_PUSHBUTTON | WS_TABSTOP;
 constexpr DWORD kList =
     LBS_NOTIFY | LBS_NOINTEGRALHEIGHT | LBS_HASSTRINGS | WS_VSCROLL | WS_HSCROLL | WS_TABSTOP;
-
-CacheForm* FormOf(HWND window) {
-    return reinterpret_cast<CacheForm*>(GetWindowLongA(window, GWL_USERDATA));
-}
-
-int ScreenDpi() {
-    const HDC screen = GetDC(nullptr);
-    const int dpi = GetDeviceCaps(screen, LOGPIXELSX);
-    ReleaseDC(nullptr, screen);
-    return dpi > 0 ? dpi : 96;
-}
 
 }  // namespace
 
@@ -86,7 +69,7 @@ const CacheForm::ControlRow CacheForm::kControls[] = {
     {kFndCache, "Button", cache_texts::kFind, cache_texts::kFindTip, kButton, &CacheLayout::fndCache},
 };
 
-const CacheForm::Command CacheForm::kCommands[] = {
+const Command<CacheForm> CacheForm::kCommands[] = {
     {kAllCache, BN_CLICKED, [](CacheForm& form) { form.m_browser.AllCache_Click(); }},
     {kShowCook, BN_CLICKED, [](CacheForm& form) { form.m_browser.ShowCook_Click(); }},
     {kRefreshIE, BN_CLICKED, [](CacheForm& form) { form.m_browser.RefreshIE_Click(); }},
@@ -98,7 +81,7 @@ const CacheForm::Command CacheForm::kCommands[] = {
     {kSaveC, BN_CLICKED, [](CacheForm& form) { form.m_savedEditor.SaveC_Click(); }},
     {kRemoveC, BN_CLICKED, [](CacheForm& form) { form.m_savedEditor.RemoveC_Click(); }},
     {kSavecLST, LBN_SELCHANGE, [](CacheForm& form) { form.m_savedEditor.savecLST_Click(); }},
-    {kCancel, BN_CLICKED, [](CacheForm& form) { PostMessageA(form.m_window, WM_CLOSE, 0, 0); }},
+    {kCancel, BN_CLICKED, [](CacheForm& form) { PostMessageA(form.Handle(), WM_CLOSE, 0, 0); }},
 };
 
 std::shared_ptr<CacheForm> CacheForm::Create(const Parts& parts) {
@@ -108,52 +91,42 @@ std::shared_ptr<CacheForm> CacheForm::Create(const Parts& parts) {
 }
 
 CacheForm::CacheForm(const Parts& parts)
-    : m_parts(parts),
-      m_dpi(ScreenDpi()),
-      m_browser({m_entries, m_entries, m_findText, m_findButton, m_findTip, m_countLabel, m_detailsLabel,
-                 parts.listing, parts.cache, m_boxes, parts.messages, parts.ShowCookiesOnly}),
-      m_savedEditor({m_entries, m_entries, m_saved, m_saved, m_savedTip, parts.savedCookies}) {}
-
-CacheForm::~CacheForm() {
-    if (m_window != nullptr) {
-        SetWindowLongA(m_window, GWL_USERDATA, 0);
-        DialogWindows::Remove(m_window);
-        DestroyWindow(m_window);
-    }
-}
+    : FormBase(parts.showError),
+      m_parts(parts),
+      m_browser({.entries = m_entries,
+                 .selection = m_entries,
+                 .fndTXT = m_findText,
+                 .fndCache = m_findButton,
+                 .fndCacheTip = m_findTip,
+                 .IECacheLBL = m_countLabel,
+                 .CacheDetail = m_detailsLabel,
+                 .listing = parts.listing,
+                 .cache = parts.cache,
+                 .boxes = m_boxes,
+                 .messages = parts.messages,
+                 .ShowCookiesOnly = parts.ShowCookiesOnly}),
+      m_savedEditor({.cacheRows = m_entries,
+                     .cacheSelection = m_entries,
+                     .savedRows = m_saved,
+                     .savedSelection = m_saved,
+                     .savedTip = m_savedTip,
+                     .savedCookies = parts.savedCookies}) {}
 
 void CacheForm::CreateWindows() {
-    const HINSTANCE instance = GetModuleHandleA(nullptr);
-    WNDCLASSA windowClass = {};
-    windowClass.lpfnWndProc = Procedure;
-    windowClass.hInstance = instance;
-    windowClass.hCursor = LoadCursorA(nullptr, MAKEINTRESOURCEA(32512));  // the arrow
-    windowClass.hbrBackground = GetSysColorBrush(COLOR_BTNFACE);
-    windowClass.hIcon = m_parts.icon;
-    windowClass.lpszClassName = kClass;
-    RegisterClassA(&windowClass);  // fails the second time, which is as good
-
-    m_window =
-        CreateWindowExA(WS_EX_CONTROLPARENT, kClass, m_parts.caption, WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN,
-                        CW_USEDEFAULT, CW_USEDEFAULT, WindowPixels(m_layout.width, m_dpi),
-                        WindowPixels(m_layout.height, m_dpi), nullptr, nullptr, instance, nullptr);
-    if (m_window == nullptr) {
-        throw RunTimeError(RunTimeError::kOutOfMemory);
-    }
-    m_font.Reset(CreateFontA(-MulDiv(8, m_dpi, 72), 0, 0, 0, FW_NORMAL, FALSE, FALSE, FALSE, DEFAULT_CHARSET,
-                             OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS, DEFAULT_QUALITY,
-                             FF_SWISS | VARIABLE_PITCH, "Arial"));
-    m_tips.Create(m_window);
+    CreateForm({.name = kClass, .background = GetSysColorBrush(COLOR_BTNFACE), .icon = m_parts.icon},
+               {.caption = m_parts.caption,
+                .style = WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN,
+                .extendedStyle = WS_EX_CONTROLPARENT,
+                .x = CW_USEDEFAULT,
+                .y = CW_USEDEFAULT,
+                .width = WindowPixels(m_layout.width, Dpi()),
+                .height = WindowPixels(m_layout.height, Dpi())});
+    m_font = ArialFont(kFontPoints, FW_NORMAL);
+    m_tips.Create(Handle());
     for (const ControlRow& row : kControls) {
-        const bool edged = (row.style & WS_VSCROLL) != 0 || row.id == kFndTXT;
-        const HWND control =
-            CreateWindowExA(edged ? WS_EX_CLIENTEDGE : 0, row.windowClass, ToAnsi(row.text).c_str(),
-                            row.style | WS_CHILD | WS_VISIBLE, 0, 0, 0, 0, m_window,
-                            reinterpret_cast<HMENU>(static_cast<INT_PTR>(row.id)), instance, nullptr);
-        if (control == nullptr) {
-            throw RunTimeError(RunTimeError::kOutOfMemory);
-        }
-        SendMessageA(control, WM_SETFONT, reinterpret_cast<WPARAM>(m_font.Get()), FALSE);
+        const HWND control = CreateControl(
+            {.id = row.id, .windowClass = row.windowClass, .text = row.text, .style = row.style}, Handle(),
+            m_font.Get());
         if (row.tip != nullptr) {
             m_tips.Set(control, row.tip);
         }
@@ -169,10 +142,9 @@ void CacheForm::CreateWindows() {
     m_findTip.Attach(m_tips, Control(kFndCache));
     m_countLabel.Attach(Control(kIECacheLBL));
     m_detailsLabel.Attach(Control(kCacheDetail));
-    m_boxes.Attach(m_window);
+    m_boxes.Attach(Handle());
     ApplyLayout();
-    SetWindowLongA(m_window, GWL_USERDATA, static_cast<LONG>(reinterpret_cast<LONG_PTR>(this)));
-    DialogWindows::Add(m_window);
+    m_complete = true;
 }
 
 void CacheForm::Form_Load() {
@@ -184,53 +156,35 @@ void CacheForm::Form_Load() {
 }
 
 void CacheForm::Show() {
-    ShowWindow(m_window, IsIconic(m_window) ? SW_RESTORE : SW_SHOW);
-    SetForegroundWindow(m_window);
+    ShowWindow(Handle(), IsIconic(Handle()) ? SW_RESTORE : SW_SHOW);
+    SetForegroundWindow(Handle());
 }
 
 void CacheForm::Unload() {
     const auto self = shared_from_this();
-    if (m_window == nullptr) {
+    if (Handle() == nullptr) {
         return;
     }
     m_parts.ShowCookiesOnly = false;
-    RunTimeError failure(0, {});
-    if (m_savedEditor.SavedListChanged()) {
-        try {
-            m_parts.savedCookiesFile.SavedCookiesFile(L"WRITE", &m_saved);
-        } catch (const RunTimeError& error) {
-            failure = error;
-        }
+    FirstFailure failure;
+    if (m_savedEditor.SavedListChanged() || m_parts.savedCookiesFile.Unwritten()) {
+        failure.Try([this] { m_parts.savedCookiesFile.SavedCookiesFile(L"WRITE", &m_saved); });
     }
-    const HWND window = std::exchange(m_window, nullptr);
-    DialogWindows::Remove(window);
-    SetWindowLongA(window, GWL_USERDATA, 0);
-    DestroyWindow(window);
+    Discard();
+    failure.Rethrow();
+}
+
+void CacheForm::Discard() {
+    const auto self = shared_from_this();
+    m_complete = false;
+    DestroyForm();
     m_parts.unloaded();
-    if (failure.Number() != 0) {
-        throw failure;
-    }
 }
 
-LRESULT CALLBACK CacheForm::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
-    CacheForm* const found = FormOf(window);
-    if (found == nullptr) {
-        return DefWindowProcA(window, message, wParam, lParam);
-    }
+std::optional<LRESULT> CacheForm::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     // A handler may show a box, and the window may be closed meanwhile.
-    const std::shared_ptr<CacheForm> form = found->shared_from_this();
-    LRESULT result = 0;
-    AtEdge([&] { result = form->OnMessage(message, wParam, lParam); },
-           [&form](const RunTimeError& error) { form->m_parts.showError(form->m_window, error); });
-    return result;
-}
-
-LRESULT CacheForm::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
-    const HWND window = m_window;
+    const std::shared_ptr<CacheForm> self = weak_from_this().lock();
     switch (message) {
-        case WM_COMMAND:
-            OnCommand(LOWORD(wParam), HIWORD(wParam));
-            return 0;
         case WM_VKEYTOITEM:
             if (LOWORD(wParam) == VK_DELETE) {
                 m_browser.kg_CLST_DblClick();
@@ -238,47 +192,41 @@ LRESULT CacheForm::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
             }
             return -1;
         case WM_SIZE:
-            if (wParam != SIZE_MINIMIZED) {
+            if (m_complete && wParam != SIZE_MINIMIZED) {
                 Form_Resize();
             }
             return 0;
         case WM_CLOSE:
             Unload();
             return 0;
-        case DM_GETDEFID:
-            return GetFocus() == Control(kFndTXT) ? MAKELRESULT(kFndCache, DC_HASDEFID) : 0;
-        case WM_ACTIVATE:
-            if (LOWORD(wParam) == WA_INACTIVE && IsChild(window, GetFocus())) {
-                m_lastFocus = GetFocus();
-            }
-            break;
-        case WM_SETFOCUS:
-            SetFocus(m_lastFocus != nullptr ? m_lastFocus : Control(kKg_CLST));
-            return 0;
         default:
-            break;
+            return FormBase::OnMessage(message, wParam, lParam);
     }
-    return DefWindowProcA(window, message, wParam, lParam);
 }
 
 void CacheForm::OnCommand(int id, int notification) {
-    for (const Command& command : kCommands) {
-        if (command.id == id && command.notification == notification) {
-            command.handler(*this);
-            return;
-        }
+    if (m_complete) {
+        RunCommand(kCommands, *this, id, notification);
     }
+}
+
+int CacheForm::DefaultButton(HWND focus) const {
+    return focus == Control(kFndTXT) ? kFndCache : 0;
+}
+
+HWND CacheForm::FirstFocus() const {
+    return Control(kKg_CLST);
 }
 
 void CacheForm::Form_Resize() {
     RECT outer = {};
-    GetWindowRect(m_window, &outer);
-    const std::int32_t width = TwipsOfPixels(outer.right - outer.left, m_dpi);
-    const std::int32_t height = TwipsOfPixels(outer.bottom - outer.top, m_dpi);
+    GetWindowRect(Handle(), &outer);
+    const std::int32_t width = TwipsOfPixels(outer.right - outer.left, Dpi());
+    const std::int32_t height = TwipsOfPixels(outer.bottom - outer.top, Dpi());
     m_layout = ResizedCacheLayout(m_layout, width, height);
     if (m_layout.width != width || m_layout.height != height) {
-        SetWindowPos(m_window, nullptr, 0, 0, WindowPixels(m_layout.width, m_dpi),
-                     WindowPixels(m_layout.height, m_dpi), SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+        SetWindowPos(Handle(), nullptr, 0, 0, WindowPixels(m_layout.width, Dpi()),
+                     WindowPixels(m_layout.height, Dpi()), SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
     }
     ApplyLayout();
 }
@@ -291,7 +239,7 @@ void CacheForm::ApplyLayout() {
                      SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOCOPYBITS);
     }
     // Controls that trade places leave gaps in each other; the window is painted once, whole.
-    RedrawWindow(m_window, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_ALLCHILDREN);
+    RedrawWindow(Handle(), nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_ALLCHILDREN);
 }
 
 }  // namespace kestrelguard

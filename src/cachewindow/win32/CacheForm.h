@@ -10,6 +10,7 @@
 #include "cachewindow/CacheBrowser.h"
 #include "cachewindow/CacheLayout.h"
 #include "cachewindow/SavedCookies.h"
+#include "controls/win32/FormBase.h"
 #include "controls/win32/PlatformMessageBoxes.h"
 #include "controls/win32/ToolTips.h"
 #include "controls/win32/Win32Controls.h"
@@ -21,7 +22,7 @@ namespace kestrelguard {
 /// The window `KG_Cache`: browses the cache and edits the list of saved cookies. Create makes it hidden and
 /// empty; Form_Load fills it. Whoever holds it lets go in `unloaded`; handlers that are still running keep
 /// it alive until they return.
-class CacheForm final : public std::enable_shared_from_this<CacheForm> {
+class CacheForm final : public std::enable_shared_from_this<CacheForm>, FormBase {
  public:
     /// All of it outlives the window.
     struct Parts {
@@ -36,7 +37,7 @@ class CacheForm final : public std::enable_shared_from_this<CacheForm> {
         SavedCookiesStore& savedCookiesFile;
         bool& ShowCookiesOnly;
         /// Tells the user of an error that left a handler.
-        std::function<void(HWND, const RunTimeError&)> showError;
+        ErrorReport showError;
         /// The window is gone.
         std::function<void()> unloaded;
     };
@@ -44,9 +45,7 @@ class CacheForm final : public std::enable_shared_from_this<CacheForm> {
     /// Throws RunTimeError when the system refuses a window.
     static std::shared_ptr<CacheForm> Create(const Parts& parts);
     explicit CacheForm(const Parts& parts);
-    ~CacheForm();
-    CacheForm(const CacheForm&) = delete;
-    CacheForm& operator=(const CacheForm&) = delete;
+    ~CacheForm() override = default;
 
     /// Lists the cache and the saved cookies.
     void Form_Load();
@@ -55,6 +54,8 @@ class CacheForm final : public std::enable_shared_from_this<CacheForm> {
     /// Writes the saved cookies if they changed and destroys the window. Throws what writing throws, after
     /// the window is gone.
     void Unload();
+    /// Destroys the window and writes nothing: for one that could not be loaded.
+    void Discard();
 
     // What a walk works on.
     ListBoxControl& Entries() { return m_entries; }
@@ -65,25 +66,24 @@ class CacheForm final : public std::enable_shared_from_this<CacheForm> {
  private:
     enum Id : int;
     struct ControlRow;
-    struct Command;
     static const ControlRow kControls[];
-    static const Command kCommands[];
+    static const Command<CacheForm> kCommands[];
 
-    static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
-    LRESULT OnMessage(UINT message, WPARAM wParam, LPARAM lParam);
+    std::optional<LRESULT> OnMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
+    void OnCommand(int id, int notification) override;
+    int DefaultButton(HWND focus) const override;
+    HWND FirstFocus() const override;
     void CreateWindows();
     void Form_Resize();
     void ApplyLayout();
-    void OnCommand(int id, int notification);
-    int ToPixels(std::int32_t twips) const { return PixelsOfTwips(twips, m_dpi); }
-    HWND Control(int id) const { return GetDlgItem(m_window, id); }
+    int ToPixels(std::int32_t twips) const { return PixelsOfTwips(twips, Dpi()); }
+    HWND Control(int id) const { return GetDlgItem(Handle(), id); }
 
     Parts m_parts;
-    HWND m_window = nullptr;
-    HWND m_lastFocus = nullptr;
-    int m_dpi = 96;
     Font m_font;
     CacheLayout m_layout = InitialCacheLayout();
+    /// Every control is there and the window is not on its way out.
+    bool m_complete = false;
     ToolTips m_tips;
     ListBoxControl m_entries;
     VisibleControl m_entriesVisibility;

@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "controls/WinsockErrors.h"
-#include "runtime/Edge.h"
 #include "runtime/Numbers.h"
 #include "runtime/Text.h"
 #include "runtime/win32/AnsiText.h"
@@ -15,8 +14,6 @@
 namespace kestrelguard {
 
 namespace {
-
-constexpr char kWindowClass[] = "Kestrelguard.Winsock";
 
 constexpr UINT kFirstMessage = WM_USER + 16;
 constexpr UINT kGenerations = 4096;
@@ -80,7 +77,9 @@ sockaddr_in AddressOf(unsigned long address, std::int32_t port) {
 
 }  // namespace
 
-WinsockControl::WinsockControl(Report report) : m_report(std::make_shared<const Report>(std::move(report))) {}
+WinsockControl::WinsockControl(Report report)
+    : WindowBase(
+          [report = std::move(report)](HWND /*window*/, const RunTimeError& error) { report(error); }) {}
 
 WinsockControl::~WinsockControl() {
     WinsockControl::Close();
@@ -122,25 +121,15 @@ void WinsockControl::Connect() {
 }
 
 void WinsockControl::EnsureWindow() {
-    if (m_window) {
+    if (Handle() != nullptr) {
         return;
     }
-    WNDCLASSA windowClass{};
-    windowClass.lpfnWndProc = WindowProcedure;
-    windowClass.hInstance = GetModuleHandleA(nullptr);
-    windowClass.lpszClassName = kWindowClass;
-    // Fails when an earlier control has registered it; then it is there.
-    RegisterClassA(&windowClass);
-    m_window.Reset(CreateWindowExA(WS_EX_TOOLWINDOW, kWindowClass, "", WS_POPUP, 0, 0, 0, 0, nullptr, nullptr,
-                                   windowClass.hInstance, this));
-    if (!m_window) {
-        throw RunTimeError(RunTimeError::kOutOfMemory);
-    }
+    Create({.name = "Kestrelguard.Winsock"}, {.style = WS_POPUP, .extendedStyle = WS_EX_TOOLWINDOW});
 }
 
 void WinsockControl::StartLookup(const std::string& host) {
     auto buffer = std::make_unique<HostBuffer>();
-    m_lookup = WSAAsyncGetHostByName(m_window.Get(), LookupMessage(), host.c_str(), buffer->data(),
+    m_lookup = WSAAsyncGetHostByName(Handle(), LookupMessage(), host.c_str(), buffer->data(),
                                      static_cast<int>(buffer->size()));
     if (m_lookup == nullptr) {
         throw WinsockError(WSAGetLastError());
@@ -160,8 +149,8 @@ void WinsockControl::StartConnecting(unsigned long address) {
             throw WinsockError(WSAGetLastError());
         }
     }
-    if (WSAAsyncSelect(made.Get(), m_window.Get(), SocketMessage(),
-                       FD_CONNECT | FD_READ | FD_WRITE | FD_CLOSE) == SOCKET_ERROR) {
+    if (WSAAsyncSelect(made.Get(), Handle(), SocketMessage(), FD_CONNECT | FD_READ | FD_WRITE | FD_CLOSE) ==
+        SOCKET_ERROR) {
         throw WinsockError(WSAGetLastError());
     }
     const sockaddr_in remote = AddressOf(address, m_remotePort);
@@ -228,8 +217,8 @@ void WinsockControl::Close() {
     m_lookup = nullptr;
     m_hostBuffer.reset();
     m_socket.Reset();
-    if (m_window) {
-        KillTimer(m_window.Get(), kReceiveTimer);
+    if (Handle() != nullptr) {
+        KillTimer(Handle(), kReceiveTimer);
     }
     m_outgoing.clear();
     m_sent = 0;
@@ -273,37 +262,13 @@ UINT WinsockControl::SocketMessage() const noexcept {
     return LookupMessage() + 1;
 }
 
-LRESULT CALLBACK WinsockControl::WindowProcedure(HWND window, UINT message, WPARAM wParam,
-                                                 LPARAM lParam) noexcept {
-    if (message == WM_NCCREATE) {
-        const auto* const creation = reinterpret_cast<const CREATESTRUCTA*>(lParam);
-        SetWindowLongA(window, GWL_USERDATA, reinterpret_cast<LONG>(creation->lpCreateParams));
-    } else if (message == WM_NCDESTROY) {
-        SetWindowLongA(window, GWL_USERDATA, 0);
-    } else if (auto* const control =
-                   reinterpret_cast<WinsockControl*>(GetWindowLongA(window, GWL_USERDATA))) {
-        bool handled = false;
-        // The handler may destroy the control.
-        const std::shared_ptr<const Report> report = control->m_report;
-        AtEdge([&] { handled = control->Handle(message, wParam, lParam); },
-               [&](const RunTimeError& error) {
-                   handled = true;
-                   (*report)(error);
-               });
-        if (handled) {
-            return 0;
-        }
-    }
-    return DefWindowProcA(window, message, wParam, lParam);
-}
-
-bool WinsockControl::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
+std::optional<LRESULT> WinsockControl::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == WM_TIMER && wParam == kReceiveTimer) {
         Receive();
-        return true;
+        return 0;
     }
     if (message < kFirstMessage || message > kLastMessage) {
-        return false;
+        return std::nullopt;
     }
     if (m_state == State::kResolving && message == LookupMessage() &&
         reinterpret_cast<HANDLE>(wParam) == m_lookup) {
@@ -311,7 +276,7 @@ bool WinsockControl::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
     } else if (m_socket && message == SocketMessage() && wParam == m_socket.Get()) {
         OnSocket(WSAGETSELECTEVENT(lParam), WSAGETSELECTERROR(lParam));
     }
-    return true;
+    return 0;
 }
 
 void WinsockControl::OnLookup(int error) {
@@ -372,13 +337,13 @@ void WinsockControl::OnSocket(int event, int error) {
 void WinsockControl::ScheduleReceive() {
     // Not at once: posted messages go before the user's input, so a fast sender would leave the program no
     // time for it. A timer's message comes after everything else.
-    if (SetTimer(m_window.Get(), kReceiveTimer, kReceivePause, nullptr) == 0) {
-        PostMessageA(m_window.Get(), WM_TIMER, kReceiveTimer, 0);
+    if (SetTimer(Handle(), kReceiveTimer, kReceivePause, nullptr) == 0) {
+        PostMessageA(Handle(), WM_TIMER, kReceiveTimer, 0);
     }
 }
 
 void WinsockControl::Receive() {
-    KillTimer(m_window.Get(), kReceiveTimer);
+    KillTimer(Handle(), kReceiveTimer);
     if (m_state != State::kConnected) {
         return;
     }

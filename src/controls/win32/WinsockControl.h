@@ -10,9 +10,11 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "controls/Winsock.h"
+#include "controls/win32/WindowBase.h"
 #include "runtime/RunTimeError.h"
 #include "runtime/win32/Owners.h"
 
@@ -31,7 +33,7 @@ using Socket = Owner<SocketTraits>;
 /// Bytes received become one character each, with the byte's value, so that positions in the text count
 /// bytes; text to send becomes 8-bit text in the system code page. The socket library is not touched before
 /// it is needed.
-class WinsockControl final : public Winsock {
+class WinsockControl final : public Winsock, WindowBase {
  public:
     /// Hears of a run-time error that leaves a handler of the events.
     using Report = std::function<void(const RunTimeError&)>;
@@ -63,10 +65,8 @@ class WinsockControl final : public Winsock {
     enum class State { kClosed, kResolving, kConnecting, kConnected };
     using HostBuffer = std::array<char, MAXGETHOSTSTRUCT>;
 
-    static LRESULT CALLBACK WindowProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
-    /// Whether the message was one of the control's. After an event the control may be gone: an event is
-    /// the last thing that happens.
-    bool Handle(UINT message, WPARAM wParam, LPARAM lParam);
+    /// After an event the control may be gone: an event is the last thing that happens.
+    std::optional<LRESULT> OnMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
     void OnLookup(int error);
     void OnSocket(int event, int error);
 
@@ -83,7 +83,6 @@ class WinsockControl final : public Winsock {
     UINT LookupMessage() const noexcept;
     UINT SocketMessage() const noexcept;
 
-    std::shared_ptr<const Report> m_report;
     WinsockEvents* m_events = nullptr;
     std::wstring m_remoteHost;
     std::int32_t m_remotePort = 0;
@@ -92,7 +91,6 @@ class WinsockControl final : public Winsock {
     State m_state = State::kClosed;
     /// Each connection has message numbers of its own, so that late messages of an older one are known.
     UINT m_generation = 0;
-    Window m_window;
     HANDLE m_lookup = nullptr;
     std::unique_ptr<HostBuffer> m_hostBuffer;
     Socket m_socket;

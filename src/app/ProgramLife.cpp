@@ -1,0 +1,67 @@
+#include "app/ProgramLife.h"
+
+#include "runtime/Edge.h"
+#include "runtime/FirstFailure.h"
+
+namespace kestrelguard {
+
+void ProgramLife::Start() {
+    m_phase = Phase::Starting;
+    try {
+        DoStartSteps();
+    } catch (...) {
+        if (m_phase == Phase::Starting && !m_closeWanted) {
+            m_phase = Phase::Over;
+            throw;
+        }
+    }
+    if (m_phase != Phase::Starting) {
+        return;  // the session has ended
+    }
+    m_phase = Phase::Running;
+    if (m_closeWanted) {
+        End(true);
+    }
+}
+
+void ProgramLife::DoStartSteps() {
+    for (const auto& step : m_parts.start) {
+        if (m_phase != Phase::Starting || m_closeWanted) {
+            return;
+        }
+        step();
+    }
+}
+
+void ProgramLife::Close() {
+    if (m_phase == Phase::Running) {
+        End(true);
+    } else {
+        m_closeWanted = true;
+    }
+}
+
+void ProgramLife::EndSession() {
+    if (m_phase == Phase::Over) {
+        m_parts.leave();  // a failed start, whose box is still open
+    } else {
+        End(false);
+    }
+}
+
+void ProgramLife::End(bool tellFailure) {
+    m_phase = Phase::Ending;
+    FirstFailure failure;
+    while (m_next < m_parts.end.size()) {
+        failure.Try(m_parts.end[m_next++]);
+    }
+    if (tellFailure && m_phase == Phase::Ending) {
+        AtEdge([&] { failure.Rethrow(); }, m_parts.tell);
+    }
+    if (m_phase == Phase::Ending) {
+        m_phase = Phase::Over;
+        m_parts.leave();
+    }
+}
+
+}  // namespace kestrelguard

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <vector>
+
+#include "runtime/RunTimeError.h"
+
+namespace kestrelguard {
+
+/// The program from its first step to its last: one way in and one way out, whatever comes between.
+///
+/// Any step may let messages in, and with them a wish to close or the end of the Windows session. During the
+/// start a wish waits for the step at hand. During the end a second wish is none, but the end of the session
+/// does at once what is left to do: the process may be gone when it returns.
+class ProgramLife {
+ public:
+    using Steps = std::vector<std::function<void()>>;
+    struct Parts {
+        /// Done in order; the first failure ends the start.
+        Steps start;
+        /// Done in order, each whatever another one throws, and each once.
+        Steps end;
+        /// Tells the user of the first failure of the end.
+        std::function<void(const RunTimeError&)> tell;
+        /// The last thing of all: the main window goes.
+        std::function<void()> leave;
+    };
+
+    explicit ProgramLife(Parts parts) : m_parts(std::move(parts)) {}
+
+    /// Throws what a step throws, unless the program has been told to end meanwhile.
+    void Start();
+    /// The start is over and the end has not begun: handlers may act.
+    bool Running() const noexcept { return m_phase == Phase::Running; }
+    /// The user, or another program, wants the program to end.
+    void Close();
+    /// The Windows session ends. Nobody is told of failures.
+    void EndSession();
+
+ private:
+    enum class Phase { New, Starting, Running, Ending, Over };
+
+    void DoStartSteps();
+    void End(bool tellFailure);
+
+    Parts m_parts;
+    Phase m_phase = Phase::New;
+    bool m_closeWanted = false;
+    /// The step of the end that comes next.
+    std::size_t m_next = 0;
+};
+
+}  // namespace kestrelguard

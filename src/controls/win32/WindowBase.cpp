@@ -1,0 +1,75 @@
+#include "controls/win32/WindowBase.h"
+
+#include <utility>
+
+#include "runtime/Edge.h"
+
+namespace kestrelguard {
+
+namespace {
+
+WindowBase* ObjectOf(HWND window) {
+    return reinterpret_cast<WindowBase*>(GetWindowLongA(window, GWL_USERDATA));
+}
+
+}  // namespace
+
+WindowBase::WindowBase(ErrorReport report)
+    : m_report(std::make_shared<const ErrorReport>(std::move(report))) {}
+
+WindowBase::~WindowBase() {
+    if (m_window != nullptr) {
+        DestroyWindow(Detach());
+    }
+}
+
+void WindowBase::Create(const WindowKind& kind, const WindowFrame& frame) {
+    const HINSTANCE instance = GetModuleHandleA(nullptr);
+    WNDCLASSA windowClass = {};
+    windowClass.lpfnWndProc = Procedure;
+    windowClass.hInstance = instance;
+    windowClass.hCursor = LoadCursorA(nullptr, MAKEINTRESOURCEA(32512));  // the arrow
+    windowClass.hbrBackground = kind.background;
+    windowClass.hIcon = kind.icon;
+    windowClass.lpszClassName = kind.name;
+    RegisterClassA(&windowClass);  // fails the second time, which is as good
+    if (CreateWindowExA(frame.extendedStyle, kind.name, frame.caption, frame.style, frame.x, frame.y,
+                        frame.width, frame.height, frame.parent,
+                        reinterpret_cast<HMENU>(static_cast<INT_PTR>(frame.id)), instance, this) == nullptr) {
+        throw RunTimeError(RunTimeError::kOutOfMemory);
+    }
+}
+
+HWND WindowBase::Detach() noexcept {
+    SetWindowLongA(m_window, GWL_USERDATA, 0);
+    return std::exchange(m_window, nullptr);
+}
+
+LRESULT CALLBACK WindowBase::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
+    if (message == WM_NCCREATE) {
+        const auto* const creation = reinterpret_cast<const CREATESTRUCTA*>(lParam);
+        auto* const object = static_cast<WindowBase*>(creation->lpCreateParams);
+        object->m_window = window;
+        SetWindowLongA(window, GWL_USERDATA, static_cast<LONG>(reinterpret_cast<LONG_PTR>(object)));
+    }
+    std::optional<LRESULT> result;
+    if (WindowBase* const object = ObjectOf(window)) {
+        const std::shared_ptr<const ErrorReport> report = object->m_report;
+        AtEdge([&] { result = object->OnMessage(message, wParam, lParam); },
+               [&](const RunTimeError& error) {
+                   result = 0;
+                   if (*report) {
+                       (*report)(ObjectOf(window) != nullptr ? window : nullptr, error);
+                   }
+               });
+    }
+    if (message == WM_NCDESTROY) {
+        // Asked again: the object may have gone meanwhile.
+        if (WindowBase* const object = ObjectOf(window)) {
+            object->Detach();
+        }
+    }
+    return result ? *result : DefWindowProcA(window, message, wParam, lParam);
+}
+
+}  // namespace kestrelguard
