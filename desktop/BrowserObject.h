@@ -2,16 +2,13 @@
 
 #include <windows.h>
 
-#include <exdisp.h>
-
 #include <array>
-#include <atomic>
 #include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "desktop/ConnectionPoint.h"
+#include "desktop/UnofferedMembers.h"
 
 namespace kestrelguard::desktop {
 
@@ -71,20 +68,14 @@ class BrowserOwner {
     virtual bool CanOpenApart() const noexcept { return false; }
 };
 
-/// The COM object of one browser window, usable from any thread. `std::shared_ptr` is how this process holds
-/// it; COM references are those of clients, so that `OutsideReferences` tells what they have left.
-class BrowserObject final : public IWebBrowser2,
-                            public IConnectionPointContainer,
-                            public std::enable_shared_from_this<BrowserObject> {
+/// The COM object of one browser window, usable from any thread.
+class BrowserObject final : public UnofferedMembers {
  public:
     static std::shared_ptr<BrowserObject> Create(BrowserOwner& owner, UiThread& ui, BrowserOptions options);
-    virtual ~BrowserObject();
+    ~BrowserObject() override;
 
     IDispatch* Dispatch() noexcept { return static_cast<IWebBrowser2*>(this); }
-    ConnectionPoint& Events() noexcept { return m_events; }
 
-    /// References that clients hold; 0 when none is left.
-    LONG OutsideReferences() const noexcept { return m_references; }
     /// The own window; null once it is closed.
     HWND Window() const;
     const BrowserOptions& Options() const noexcept { return m_options; }
@@ -104,19 +95,13 @@ class BrowserObject final : public IWebBrowser2,
     /// With StatusTextChange, from the browser's own thread.
     void ShowStatusText(std::wstring text);
 
-    /// How often a property was read (or, for Navigate and Connect, called) from outside.
-    int Reads(Property property) const;
+    /// The reads (or, for Navigate and Connect, calls) of a property from outside.
+    Watch& Of(Property property) { return m_watches[static_cast<std::size_t>(property)]; }
     void ResetReads();
-    /// Makes the next `times` reads answer `hr`; -1 means all from now on, 0 none.
-    void Fail(Property property, HRESULT hr, int times);
-    /// Runs before the next `times` reads are answered, on the thread of the read.
-    void BeforeRead(Property property, Task task, int times);
     /// Lets no read of the property be answered, while the window and all else go on, until `LetGo` or the
     /// browser's end.
     void Stall(Property property);
     void LetGo(Property property);
-    /// How many reads of the property wait.
-    int Stalled(Property property) const;
     /// Whether some property stalls.
     bool Stalls() const;
 
@@ -137,29 +122,10 @@ class BrowserObject final : public IWebBrowser2,
     void End(bool disconnectClients);
     bool Ended() const;
 
-    // IUnknown
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) noexcept override;
-    ULONG STDMETHODCALLTYPE AddRef() noexcept override;
-    ULONG STDMETHODCALLTYPE Release() noexcept override;
-
-    // IDispatch, by the system's type library of web browsers
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) noexcept override;
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID locale, ITypeInfo** info) noexcept override;
-    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID iid, LPOLESTR* names, UINT count, LCID locale,
-                                            DISPID* ids) noexcept override;
-    HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID iid, LCID locale, WORD flags, DISPPARAMS* parameters,
-                                     VARIANT* result, EXCEPINFO* exception,
-                                     UINT* badArgument) noexcept override;
-
-    // IConnectionPointContainer
-    HRESULT STDMETHODCALLTYPE EnumConnectionPoints(IEnumConnectionPoints** points) noexcept override;
-    HRESULT STDMETHODCALLTYPE FindConnectionPoint(REFIID iid, IConnectionPoint** point) noexcept override;
+    /// Dies.
+    void Disconnect() noexcept override { End(true); }
 
     // IWebBrowser
-    HRESULT STDMETHODCALLTYPE GoBack() noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GoForward() noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GoHome() noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GoSearch() noexcept override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE Navigate(BSTR url, VARIANT* flags, VARIANT* frame, VARIANT* postData,
                                        VARIANT* headers) noexcept override;
     HRESULT STDMETHODCALLTYPE Refresh() noexcept override;
@@ -171,22 +137,12 @@ class BrowserObject final : public IWebBrowser2,
     HRESULT STDMETHODCALLTYPE get_Document(IDispatch** document) noexcept override;
     HRESULT STDMETHODCALLTYPE get_TopLevelContainer(VARIANT_BOOL* yes) noexcept override;
     HRESULT STDMETHODCALLTYPE get_Type(BSTR* type) noexcept override;
-    HRESULT STDMETHODCALLTYPE get_Left(LONG*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE put_Left(LONG) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_Top(LONG*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE put_Top(LONG) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_Width(LONG*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE put_Width(LONG) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_Height(LONG*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE put_Height(LONG) noexcept override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE get_LocationName(BSTR* name) noexcept override;
     HRESULT STDMETHODCALLTYPE get_LocationURL(BSTR* url) noexcept override;
     HRESULT STDMETHODCALLTYPE get_Busy(VARIANT_BOOL* busy) noexcept override;
 
     // IWebBrowserApp
     HRESULT STDMETHODCALLTYPE Quit() noexcept override;
-    HRESULT STDMETHODCALLTYPE ClientToWindow(int*, int*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE PutProperty(BSTR name, VARIANT value) noexcept override;
     HRESULT STDMETHODCALLTYPE GetProperty(BSTR name, VARIANT* value) noexcept override;
     HRESULT STDMETHODCALLTYPE get_Name(BSTR* name) noexcept override;
     HRESULT STDMETHODCALLTYPE get_HWND(SHANDLE_PTR* handle) noexcept override;
@@ -194,75 +150,31 @@ class BrowserObject final : public IWebBrowser2,
     HRESULT STDMETHODCALLTYPE get_Path(BSTR* path) noexcept override;
     HRESULT STDMETHODCALLTYPE get_Visible(VARIANT_BOOL* visible) noexcept override;
     HRESULT STDMETHODCALLTYPE put_Visible(VARIANT_BOOL visible) noexcept override;
-    HRESULT STDMETHODCALLTYPE get_StatusBar(VARIANT_BOOL*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE put_StatusBar(VARIANT_BOOL) noexcept override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE get_StatusText(BSTR* text) noexcept override;
     HRESULT STDMETHODCALLTYPE put_StatusText(BSTR text) noexcept override;
-    HRESULT STDMETHODCALLTYPE get_ToolBar(int*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE put_ToolBar(int) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_MenuBar(VARIANT_BOOL*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE put_MenuBar(VARIANT_BOOL) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_FullScreen(VARIANT_BOOL*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE put_FullScreen(VARIANT_BOOL) noexcept override { return E_NOTIMPL; }
 
     // IWebBrowser2
     HRESULT STDMETHODCALLTYPE Navigate2(VARIANT* url, VARIANT* flags, VARIANT* frame, VARIANT* postData,
                                         VARIANT* headers) noexcept override;
-    HRESULT STDMETHODCALLTYPE QueryStatusWB(OLECMDID, OLECMDF*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE ExecWB(OLECMDID, OLECMDEXECOPT, VARIANT*, VARIANT*) noexcept override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE ShowBrowserBar(VARIANT*, VARIANT*, VARIANT*) noexcept override {
-        return E_NOTIMPL;
-    }
     HRESULT STDMETHODCALLTYPE get_ReadyState(READYSTATE* state) noexcept override;
-    HRESULT STDMETHODCALLTYPE get_Offline(VARIANT_BOOL*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE put_Offline(VARIANT_BOOL) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_Silent(VARIANT_BOOL*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE put_Silent(VARIANT_BOOL) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_RegisterAsBrowser(VARIANT_BOOL*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE put_RegisterAsBrowser(VARIANT_BOOL) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_RegisterAsDropTarget(VARIANT_BOOL*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE put_RegisterAsDropTarget(VARIANT_BOOL) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_TheaterMode(VARIANT_BOOL*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE put_TheaterMode(VARIANT_BOOL) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_AddressBar(VARIANT_BOOL*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE put_AddressBar(VARIANT_BOOL) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_Resizable(VARIANT_BOOL*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE put_Resizable(VARIANT_BOOL) noexcept override { return E_NOTIMPL; }
 
  private:
-    struct Watch {
-        int reads = 0;
-        HRESULT failure = S_OK;
-        int failures = 0;
-        Task before;
-        int beforeTimes = 0;
-        Gate gate;
-        bool stalls = false;
-    };
-
     BrowserObject(BrowserOwner& owner, UiThread& ui, BrowserOptions options);
 
-    Watch& Of(Property property) { return m_watches[static_cast<std::size_t>(property)]; }
-    const Watch& Of(Property property) const { return m_watches[static_cast<std::size_t>(property)]; }
     /// Counts a read from outside; what it has to answer.
     HRESULT Read(Property property) noexcept;
     HRESULT Text(Property property, const std::wstring& value, BSTR* text) noexcept;
     HRESULT Self(IDispatch** object) noexcept;
     HRESULT TakeNavigation(NavigateCall call);
     void LoadNow(const std::wstring& url);
-    void Announce(EventCall call) { m_events.Deliver(call); }
+    HRESULT MayConnect() noexcept override { return Read(Property::Connect); }
+    void Announce(EventCall call) { Events().Deliver(call); }
     void Changed() const;
-    static ComPtr<ITypeInfo> Description();
 
     BrowserOwner& m_owner;
     UiThread& m_ui;
     const BrowserOptions m_options;
-    ConnectionPoint m_events;
-    std::atomic<LONG> m_references{0};
     mutable Lock m_lock;
-    std::shared_ptr<BrowserObject> m_self;  // set while clients hold references
     HWND m_window = nullptr;
     std::wstring m_url;
     std::wstring m_title;
@@ -271,7 +183,10 @@ class BrowserObject final : public IWebBrowser2,
     bool m_quit = false;
     bool m_ended = false;
     std::vector<NavigateCall> m_navigations;
-    std::array<Watch, static_cast<std::size_t>(Property::Count_)> m_watches;
+    // In the order of `Property`.
+    std::array<Watch, static_cast<std::size_t>(Property::Count_)> m_watches{
+        Watch("HWND"),    Watch("LocationURL"), Watch("LocationName"), Watch("StatusText"),
+        Watch("Visible"), Watch("Busy"),        Watch("Navigate"),     Watch("Connect")};
     WorkQueue m_work;
 };
 

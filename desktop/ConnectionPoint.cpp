@@ -74,35 +74,10 @@ PendingEvent ConnectionPoint::Start(EventCall call, std::shared_ptr<void> keepAl
     });
 }
 
-void ConnectionPoint::BeforeAdvise(Task task, int times) {
-    const Hold hold(m_lock);
-    m_beforeAdvise = std::move(task);
-    m_beforeAdviseTimes = times;
-}
-
-void ConnectionPoint::RefuseAdvise(HRESULT hr, int times) {
-    const Hold hold(m_lock);
-    m_refusal = hr;
-    m_refusals = times;
-}
-
 void ConnectionPoint::DropSinks() {
     std::map<DWORD, ComPtr<IDispatch>> dropped;
     const Hold hold(m_lock);
     dropped.swap(m_sinks);
-}
-
-HRESULT ConnectionPoint::QueryInterface(REFIID iid, void** object) noexcept {
-    if (object == nullptr) {
-        return E_POINTER;
-    }
-    if (iid == IID_IUnknown || iid == IID_IConnectionPoint) {
-        *object = static_cast<IConnectionPoint*>(this);
-        AddRef();
-        return S_OK;
-    }
-    *object = nullptr;
-    return E_NOINTERFACE;
 }
 
 HRESULT ConnectionPoint::GetConnectionInterface(IID* iid) noexcept {
@@ -127,24 +102,10 @@ HRESULT ConnectionPoint::Advise(IUnknown* sink, DWORD* cookie) noexcept {
         return E_POINTER;
     }
     *cookie = 0;
-    Task before;
-    {
+    if (const HRESULT hr = m_advise.Enter(m_callee); FAILED(hr)) {
         const Hold hold(m_lock);
-        if (m_beforeAdviseTimes > 0) {
-            --m_beforeAdviseTimes;
-            before = m_beforeAdvise;
-        }
-    }
-    if (before) {
-        before();
-    }
-    {
-        const Hold hold(m_lock);
-        if (m_refusals != 0) {
-            m_refusals -= m_refusals > 0 ? 1 : 0;
-            ++m_counts.refused;
-            return m_refusal;
-        }
+        ++m_counts.refused;
+        return hr;
     }
     // Asked for in the order in which real browsers ask: the events' own id first.
     ComPtr<IDispatch> dispatch;
@@ -162,6 +123,9 @@ HRESULT ConnectionPoint::Advise(IUnknown* sink, DWORD* cookie) noexcept {
 }
 
 HRESULT ConnectionPoint::Unadvise(DWORD cookie) noexcept {
+    if (const HRESULT hr = m_unadvise.Enter(m_callee); FAILED(hr)) {
+        return hr;
+    }
     ComPtr<IDispatch> dropped;
     const Hold hold(m_lock);
     const auto found = m_sinks.find(cookie);

@@ -4,7 +4,9 @@
 
 #include <map>
 
+#include "desktop/ComObject.h"
 #include "desktop/Events.h"
+#include "desktop/Watch.h"
 
 namespace kestrelguard::desktop {
 
@@ -19,11 +21,11 @@ struct SinkCounts {
 
 /// One source of events: keeps the sinks and delivers events to them. It is part of the object that owns
 /// it and counts references there.
-class ConnectionPoint final : public IConnectionPoint {
+class ConnectionPoint final : public Interfaces<IConnectionPoint> {
  public:
-    /// `owner` outlives this; `source` is the dispinterface whose events are fired.
-    ConnectionPoint(IConnectionPointContainer& owner, const IID& source) noexcept
-        : m_owner(owner), m_source(source) {}
+    /// `owner`, which is `callee` too, outlives this; `source` is the dispinterface whose events are fired.
+    ConnectionPoint(IConnectionPointContainer& owner, Callee& callee, const IID& source) noexcept
+        : m_owner(owner), m_callee(callee), m_source(source) {}
 
     SinkCounts Counts() const;
     const IID& Source() const noexcept { return m_source; }
@@ -35,13 +37,12 @@ class ConnectionPoint final : public IConnectionPoint {
     PendingEvent Start(EventCall call, std::shared_ptr<void> keepAlive, bool withException = false);
 
     /// Runs on the caller's side of the next `times` Advise calls before they are answered.
-    void BeforeAdvise(Task task, int times);
+    void BeforeAdvise(Task task, int times) { m_advise.Before(std::move(task), times); }
     /// Makes the next `times` Advise calls fail; -1 means all of them.
-    void RefuseAdvise(HRESULT hr, int times);
+    void RefuseAdvise(HRESULT hr, int times) { m_advise.Fail(hr, times); }
     /// Forgets all sinks without a word.
     void DropSinks();
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) noexcept override;
     ULONG STDMETHODCALLTYPE AddRef() noexcept override { return m_owner.AddRef(); }
     ULONG STDMETHODCALLTYPE Release() noexcept override { return m_owner.Release(); }
     HRESULT STDMETHODCALLTYPE GetConnectionInterface(IID* iid) noexcept override;
@@ -54,15 +55,14 @@ class ConnectionPoint final : public IConnectionPoint {
 
  private:
     IConnectionPointContainer& m_owner;
+    Callee& m_callee;
     const IID& m_source;
     mutable Lock m_lock;
     std::map<DWORD, ComPtr<IDispatch>> m_sinks;
     DWORD m_nextCookie = 1;
     SinkCounts m_counts;
-    Task m_beforeAdvise;
-    int m_beforeAdviseTimes = 0;
-    HRESULT m_refusal = S_OK;
-    int m_refusals = 0;
+    Watch m_advise{"Advise"};
+    Watch m_unadvise{"Unadvise"};
 };
 
 }  // namespace kestrelguard::desktop

@@ -212,26 +212,6 @@ EventResult StandInDesktop::FireOnList(EventCall call) {
     return m_list->Events().Start(std::move(call), m_list).Result();
 }
 
-SinkCounts StandInDesktop::Sinks() const {
-    return m_list->Events().Counts();
-}
-
-LONG StandInDesktop::OutsideReferences() const {
-    return m_list->OutsideReferences();
-}
-
-int StandInDesktop::Enumerations() const {
-    return m_list->Enumerations();
-}
-
-void StandInDesktop::FailEnumeration(HRESULT hr, int times) {
-    m_list->FailEnumeration(hr, times);
-}
-
-void StandInDesktop::BeforeEnumeration(Task task, int times) {
-    m_list->BeforeEnumeration(std::move(task), times);
-}
-
 void StandInDesktop::SetNewWindowLook(bool dressed, bool shown) {
     const Hold hold(m_lock);
     m_newDressed = dressed;

@@ -13,7 +13,7 @@
 #include "desktop/Events.h"
 #include "desktop/KeptInterfaces.h"
 #include "desktop/RemoteBrowser.h"
-#include "desktop/ShellWindowsObject.h"
+#include "desktop/ServedClass.h"
 
 namespace kestrelguard::desktop {
 
@@ -91,27 +91,27 @@ class Browser {
     SinkCounts Sinks() const { return m_object->Events().Counts(); }
     /// References that clients hold on the browser; 0 when they have let go of everything.
     LONG OutsideReferences() const { return m_object->OutsideReferences(); }
-    int Reads(Property property) const { return m_object->Reads(property); }
+    int Reads(Property property) const { return m_object->Of(property).Calls(); }
     void ResetReads() { m_object->ResetReads(); }
     std::vector<NavigateCall> NavigateCalls() const { return m_object->NavigateCalls(); }
     bool QuitCalled() const { return m_object->QuitCalled(); }
 
     // Trouble.
     /// Makes the next `times` reads of a property answer `hr`; -1: from now on; 0: never again.
-    void Fail(Property property, HRESULT hr, int times = -1) { m_object->Fail(property, hr, times); }
+    void Fail(Property property, HRESULT hr, int times = -1) { m_object->Of(property).Fail(hr, times); }
     /// Makes the next `times` Advise calls answer `hr`; -1: from now on; 0: never again.
     void RefuseAdvise(HRESULT hr, int times = -1) { m_object->Events().RefuseAdvise(hr, times); }
     /// Runs before the next `times` reads (or Advise calls) are answered, while the client waits: the place
     /// to open or close other windows in the middle of a client's work.
     void BeforeRead(Property property, Task task, int times = 1) {
-        m_object->BeforeRead(property, std::move(task), times);
+        m_object->Of(property).Before(std::move(task), times);
     }
     void BeforeAdvise(Task task, int times = 1) { m_object->Events().BeforeAdvise(std::move(task), times); }
     /// Lets no read of a property be answered, while the window and all else go on, until `LetGo` or the end.
     void Stall(Property property) { m_object->Stall(property); }
     void LetGo(Property property) { m_object->LetGo(property); }
     /// How many reads of the property wait.
-    int Stalled(Property property) const { return m_object->Stalled(property); }
+    int Stalled(Property property) const { return m_object->Of(property).Stalled(); }
 
     // Its end.
     /// Closes it in good order: OnQuit, gone from the list, window gone, WindowRevoked, clients disconnected.
@@ -179,11 +179,13 @@ class StandInDesktop final : private BrowserOwner {
     EventResult FireOnList(EventCall call);
 
     // What clients did with the list, and trouble; as for Browser.
-    SinkCounts Sinks() const;
-    LONG OutsideReferences() const;
-    int Enumerations() const;
-    void FailEnumeration(HRESULT hr, int times = -1);
-    void BeforeEnumeration(Task task, int times = 1);
+    SinkCounts Sinks() const { return m_list->Events().Counts(); }
+    LONG OutsideReferences() const { return m_list->OutsideReferences(); }
+    int Enumerations() const { return m_list->Enumerations().Calls(); }
+    void FailEnumeration(HRESULT hr, int times = -1) { m_list->Enumerations().Fail(hr, times); }
+    void BeforeEnumeration(Task task, int times = 1) {
+        m_list->Enumerations().Before(std::move(task), times);
+    }
 
     /// How windows that pages open look: dressed and shown or not. Bare and hidden at first.
     void SetNewWindowLook(bool dressed, bool shown);

@@ -57,7 +57,7 @@ constexpr Command kCommands[] = {
     {L"sinks", [](BrowserObject& browser,
                   const std::wstring&) { return Variant::Long(browser.Events().Counts().connected); }},
     {L"reads", [](BrowserObject& browser,
-                  const std::wstring& rest) { return Variant::Long(browser.Reads(Named(rest))); }},
+                  const std::wstring& rest) { return Variant::Long(browser.Of(Named(rest)).Calls()); }},
     {L"stall",
      [](BrowserObject& browser, const std::wstring& rest) {
          browser.Stall(Named(rest));
@@ -69,7 +69,7 @@ constexpr Command kCommands[] = {
          return Variant::Long(0);
      }},
     {L"stalled", [](BrowserObject& browser,
-                    const std::wstring& rest) { return Variant::Long(browser.Stalled(Named(rest))); }},
+                    const std::wstring& rest) { return Variant::Long(browser.Of(Named(rest)).Stalled()); }},
 };
 
 }  // namespace

@@ -6,7 +6,8 @@
 
 #include <algorithm>
 #include <array>
-#include <memory>
+
+#include "desktop/ComObject.h"
 
 namespace kestrelguard::desktop {
 
@@ -18,7 +19,7 @@ const std::array kInterfaces = {IID_IDispatch,        IID_IEnumVARIANT,      IID
                                 IID_IServiceProvider};  // Wine's own way to a class object
 
 /// Says that it has each of the interfaces, for nobody to call.
-class Placeholder final : public IUnknown {
+class Placeholder final : public ComObject<IUnknown> {
  public:
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) noexcept override {
         const bool has = iid == IID_IUnknown || std::count(kInterfaces.begin(), kInterfaces.end(), iid) > 0;
@@ -29,25 +30,12 @@ class Placeholder final : public IUnknown {
         AddRef();
         return S_OK;
     }
-    ULONG STDMETHODCALLTYPE AddRef() noexcept override {
-        return static_cast<ULONG>(InterlockedIncrement(&m_references));
-    }
-    ULONG STDMETHODCALLTYPE Release() noexcept override {
-        const LONG left = InterlockedDecrement(&m_references);
-        if (left == 0) {
-            const std::unique_ptr<Placeholder> last(this);
-        }
-        return static_cast<ULONG>(left);
-    }
-
- private:
-    LONG m_references = 0;
 };
 
 }  // namespace
 
 KeptInterfaces::KeptInterfaces() {
-    const ComPtr<IUnknown> placeholder(std::make_unique<Placeholder>().release());
+    const ComPtr<Placeholder> placeholder = MakeCom<Placeholder>();
     for (const IID& iid : kInterfaces) {
         ComPtr<IStream> reference;
         if (SUCCEEDED(CreateStreamOnHGlobal(nullptr, TRUE, reference.Put())) &&

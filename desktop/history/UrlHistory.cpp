@@ -18,10 +18,15 @@
 #include <utility>
 #include <vector>
 
-#include "desktop/Com.h"
+#include "desktop/ComObject.h"
 #include "desktop/history/HistoryFile.h"
 
 namespace kestrelguard::desktop {
+
+template <>
+bool Includes<IUrlHistoryStg2>(REFIID iid) noexcept {
+    return iid == IID_IUrlHistoryStg2 || iid == IID_IUrlHistoryStg;
+}
 
 namespace {
 
@@ -46,39 +51,13 @@ HRESULT Method(Action&& action) noexcept {
     }
 }
 
-/// Counts references and answers for `Interfaces`, of which the first stands for IUnknown.
-template <class First, class... Others>
-class Object : public First {
+/// Keeps the library loaded: counts as alive for as long as it lives.
+class Alive {
  public:
-    Object() noexcept { ++liveObjects; }
-    Object(const Object&) = delete;
-    Object& operator=(const Object&) = delete;
-    virtual ~Object() { --liveObjects; }
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-        if (object == nullptr) {
-            return E_POINTER;
-        }
-        const bool known =
-            iid == IID_IUnknown || iid == __uuidof(First) || (... || (iid == __uuidof(Others)));
-        *object = known ? static_cast<First*>(this) : nullptr;
-        if (!known) {
-            return E_NOINTERFACE;
-        }
-        AddRef();
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
-    ULONG STDMETHODCALLTYPE Release() override {
-        const ULONG left = --m_references;
-        if (left == 0) {
-            delete this;
-        }
-        return left;
-    }
-
- private:
-    std::atomic<ULONG> m_references = 1;
+    Alive() noexcept { ++liveObjects; }
+    Alive(const Alive&) = delete;
+    Alive& operator=(const Alive&) = delete;
+    ~Alive() { --liveObjects; }
 };
 
 /// A copy that the caller frees with CoTaskMemFree.
@@ -109,7 +88,7 @@ void Fill(STATURL& record, const HistoryEntry& entry, DWORD flags) {
 }
 
 /// The entries as they were when the enumeration began.
-class Enumerator final : public Object<IEnumSTATURL> {
+class Enumerator final : public ComObject<IEnumSTATURL> {
  public:
     explicit Enumerator(std::vector<HistoryEntry> entries) : m_entries(std::move(entries)) {}
 
@@ -153,11 +132,11 @@ class Enumerator final : public Object<IEnumSTATURL> {
             if (copy == nullptr) {
                 return E_POINTER;
             }
-            auto* const made = new Enumerator(m_entries);
+            ComPtr<Enumerator> made = MakeCom<Enumerator>(m_entries);
             made->m_filter = m_filter;
             made->m_flags = m_flags;
             made->m_position = m_position;
-            *copy = made;
+            *copy = made.Detach();
             return S_OK;
         });
     }
@@ -173,6 +152,8 @@ class Enumerator final : public Object<IEnumSTATURL> {
     }
 
  private:
+    const Alive m_alive;
+
     /// Goes on to the next entry whose address begins with the filter.
     bool FindNext() {
         while (m_position < m_entries.size() &&
@@ -188,7 +169,7 @@ class Enumerator final : public Object<IEnumSTATURL> {
     std::size_t m_position = 0;
 };
 
-class History final : public Object<IUrlHistoryStg2, IUrlHistoryStg> {
+class History final : public ComObject<IUrlHistoryStg2> {
  public:
     HRESULT STDMETHODCALLTYPE AddUrl(LPCOLESTR url, LPCOLESTR title, DWORD) override {
         return Method([&] {
@@ -265,7 +246,7 @@ class History final : public Object<IUrlHistoryStg2, IUrlHistoryStg> {
             if (ToFail(L"EnumUrls")) {
                 return E_FAIL;
             }
-            *entries = new Enumerator(HistoryFile::Read());
+            *entries = MakeCom<Enumerator>(HistoryFile::Read()).Detach();
             return S_OK;
         });
     }
@@ -278,6 +259,8 @@ class History final : public Object<IUrlHistoryStg2, IUrlHistoryStg> {
     }
 
  private:
+    const Alive m_alive;
+
     static std::vector<HistoryEntry>::iterator Find(std::vector<HistoryEntry>& entries, LPCOLESTR url) {
         return std::find_if(entries.begin(), entries.end(),
                             [url](const HistoryEntry& entry) { return entry.url == url; });
@@ -287,7 +270,7 @@ class History final : public Object<IUrlHistoryStg2, IUrlHistoryStg> {
     }
 };
 
-class Factory final : public Object<IClassFactory> {
+class Factory final : public ComObject<IClassFactory> {
  public:
     HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID iid, void** object) override {
         return Method([&]() -> HRESULT {
@@ -298,15 +281,16 @@ class Factory final : public Object<IClassFactory> {
             if (outer != nullptr) {
                 return CLASS_E_NOAGGREGATION;
             }
-            ComPtr<IUrlHistoryStg2> history;
-            *history.Put() = new History;
-            return history->QueryInterface(iid, object);
+            return MakeCom<History>()->QueryInterface(iid, object);
         });
     }
     HRESULT STDMETHODCALLTYPE LockServer(BOOL lock) override {
         liveObjects += lock ? 1 : -1;
         return S_OK;
     }
+
+ private:
+    const Alive m_alive;
 };
 
 /// Where the platform looks for the class.
@@ -359,9 +343,7 @@ STDAPI DllGetClassObject(REFCLSID clsid, REFIID iid, void** object) {
         if (clsid != CLSID_CUrlHistory) {
             return CLASS_E_CLASSNOTAVAILABLE;
         }
-        ComPtr<IClassFactory> factory;
-        *factory.Put() = new Factory;
-        return factory->QueryInterface(iid, object);
+        return MakeCom<Factory>()->QueryInterface(iid, object);
     });
 }
 

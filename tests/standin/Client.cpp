@@ -29,7 +29,7 @@
 #include <utility>
 #include <vector>
 
-#include "desktop/Com.h"
+#include "desktop/ComObject.h"
 #include "desktop/Threads.h"
 
 namespace {
@@ -102,27 +102,12 @@ std::string Describe(const VARIANT& value, int depth = 0) {
 }
 
 /// Listens to one event source.
-class Sink final : public IDispatch {
+class Sink final : public ComObject<IDispatch> {
  public:
     Sink(std::string name, const IID& source) : m_name(std::move(name)), m_source(source) {}
-    virtual ~Sink() = default;
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) noexcept override {
-        if (iid == IID_IUnknown || iid == IID_IDispatch || iid == m_source) {
-            *object = static_cast<IDispatch*>(this);
-            AddRef();
-            return S_OK;
-        }
-        *object = nullptr;
-        return E_NOINTERFACE;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() noexcept override { return ++m_references; }
-    ULONG STDMETHODCALLTYPE Release() noexcept override {
-        const ULONG left = --m_references;
-        if (left == 0) {
-            const std::unique_ptr<Sink> last(this);
-        }
-        return left;
+        return ComObject::QueryInterface(iid == m_source ? IID_IDispatch : iid, object);
     }
     HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) noexcept override {
         *count = 0;
@@ -165,7 +150,6 @@ class Sink final : public IDispatch {
  private:
     const std::string m_name;
     const IID& m_source;
-    ULONG m_references = 0;
 };
 
 /// A sink and where it is advised.
@@ -190,7 +174,7 @@ HRESULT Connect(IUnknown* source, const IID& events, const std::string& name) {
     if (FAILED(hr)) {
         return hr;
     }
-    const ComPtr<IDispatch> sink(std::make_unique<Sink>(name, events).release());
+    const ComPtr<Sink> sink = MakeCom<Sink>(name, events);
     hr = connection.point->Advise(sink.Get(), &connection.cookie);
     if (SUCCEEDED(hr)) {
         g_connections.push_back(std::move(connection));
