@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "controls/win32/PackedIcon.h"
 #include "runtime/ProgramVersion.h"
 #include "runtime/win32/AnsiText.h"
 
@@ -96,7 +97,7 @@ void FormWindow::CreateOne(const ControlRow& row) {
 
 void FormWindow::LoadPictures() {
     for (const PictureRow& row : kPictureRows) {
-        m_pictures.push_back(LoadPicture(row.resource, Scaled(row.size)));
+        m_pictures.push_back(LoadPackedIcon(Instance(), row.resource, Scaled(row.size)));
         SendMessageA(Control(row.id), STM_SETICON, reinterpret_cast<WPARAM>(m_pictures.back().Get()), 0);
     }
 }
