@@ -38,6 +38,8 @@ class ConnectionPoint final : public Interfaces<IConnectionPoint> {
 
     /// Runs on the caller's side of the next `times` Advise calls before they are answered.
     void BeforeAdvise(Task task, int times) { m_advise.Before(std::move(task), times); }
+    /// The same for Unadvise calls.
+    void BeforeUnadvise(Task task, int times) { m_unadvise.Before(std::move(task), times); }
     /// Makes the next `times` Advise calls fail; -1 means all of them.
     void RefuseAdvise(HRESULT hr, int times) { m_advise.Fail(hr, times); }
     /// Forgets all sinks without a word.

@@ -107,6 +107,9 @@ class Browser {
         m_object->Of(property).Before(std::move(task), times);
     }
     void BeforeAdvise(Task task, int times = 1) { m_object->Events().BeforeAdvise(std::move(task), times); }
+    void BeforeUnadvise(Task task, int times = 1) {
+        m_object->Events().BeforeUnadvise(std::move(task), times);
+    }
     /// Lets no read of a property be answered, while the window and all else go on, until `LetGo` or the end.
     void Stall(Property property) { m_object->Stall(property); }
     void LetGo(Property property) { m_object->LetGo(property); }
