@@ -18,6 +18,11 @@ elseif(KESTRELGUARD_SANITIZE)
   target_link_options(kg_flags INTERFACE -fsanitize=address,undefined)
 endif()
 
+# What the names of the native tests end with where they are built as the product is.
+if(NOT WIN32 AND CMAKE_BUILD_TYPE STREQUAL "Release")
+  set(KESTRELGUARD_OPTIMISED -optimised)
+endif()
+
 # kg_room(<name> [SOURCES ...] [WIN32_SOURCES ...] [DEPENDS room ...] [LIBS library ...])
 #
 # One room of the house as the static library kg_<name>. SOURCES decide and compile everywhere;
@@ -57,11 +62,9 @@ endfunction()
 
 # kg_host_tests(<room> [SOURCES ...] [DEPENDS room ...])
 #
-# The native tests of a room's deciding half: one program kg_<room>_tests, run by ctest.
+# The tests of a room's deciding half: one program kg_<room>_tests, run by ctest. They are native where the build is;
+# in the Windows build they are made with the product's flags, and kg_portable_tests runs them all under Wine.
 function(kg_host_tests room)
-  if(WIN32)
-    return()
-  endif()
   cmake_parse_arguments(TESTS "" "" "SOURCES;DEPENDS" ${ARGN})
   add_executable(kg_${room}_tests ${TESTS_SOURCES})
   target_link_libraries(kg_${room}_tests PRIVATE kg_${room} kg_gtest)
@@ -69,8 +72,30 @@ function(kg_host_tests room)
     target_link_libraries(kg_${room}_tests PRIVATE kg_${below})
   endforeach()
   target_include_directories(kg_${room}_tests PRIVATE ${CMAKE_SOURCE_DIR}/tests)
-  add_test(NAME ${room} COMMAND kg_${room}_tests --gtest_brief=1)
-  kg_quick_tests(${room})
+  if(WIN32)
+    set_property(GLOBAL APPEND PROPERTY KG_PORTABLE_TESTS kg_${room}_tests)
+  else()
+    add_test(NAME ${room}${KESTRELGUARD_OPTIMISED} COMMAND kg_${room}_tests --gtest_brief=1)
+    kg_quick_tests(${room}${KESTRELGUARD_OPTIMISED})
+  endif()
+endfunction()
+
+# kg_portable_tests()
+#
+# One ctest entry for the programs of all kg_host_tests so far, in one Wine session. Does nothing on the build host.
+function(kg_portable_tests)
+  if(NOT WIN32)
+    return()
+  endif()
+  get_property(programs GLOBAL PROPERTY KG_PORTABLE_TESTS)
+  set(files "")
+  foreach(program IN LISTS programs)
+    list(APPEND files $<TARGET_FILE:${program}>)
+  endforeach()
+  add_test(NAME portable-windows
+    COMMAND ${CMAKE_SOURCE_DIR}/scripts/wine-session --time 900 --outside --
+      ${CMAKE_SOURCE_DIR}/tests/support/EachInTurn.sh ${files})
+  set_tests_properties(portable-windows PROPERTIES TIMEOUT 1000)
 endfunction()
 
 # kg_windows_tests(<room> [SOURCES ...] [DEPENDS room ...] [LIBS library ...])

@@ -2,8 +2,8 @@
 
 #include <exception>
 #include <new>
-#include <utility>
 
+#include "runtime/OutOfSight.h"
 #include "runtime/RunTimeError.h"
 
 namespace kestrelguard {
@@ -22,7 +22,7 @@ void AtEdge(Action&& action, Report&& report) noexcept {
     };
     try {
         try {
-            std::forward<Action>(action)();
+            OutOfSight(action);
         } catch (const RunTimeError& error) {
             told(error);
         } catch (const std::bad_alloc&) {

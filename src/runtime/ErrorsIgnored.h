@@ -3,6 +3,7 @@
 #include <new>
 #include <utility>
 
+#include "runtime/OutOfSight.h"
 #include "runtime/RunTimeError.h"
 
 namespace kestrelguard {
@@ -12,7 +13,7 @@ namespace kestrelguard {
 template <class Step>
 std::int32_t ErrorOf(Step&& step) {
     try {
-        std::forward<Step>(step)();
+        OutOfSight(step);
     } catch (const RunTimeError& error) {
         return error.Number();
     } catch (const std::bad_alloc&) {

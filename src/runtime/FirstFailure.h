@@ -3,6 +3,8 @@
 #include <exception>
 #include <utility>
 
+#include "runtime/OutOfSight.h"
+
 namespace kestrelguard {
 
 /// Runs steps that must all be done, whatever one of them throws, and tells the first failure at the end.
@@ -12,7 +14,7 @@ class FirstFailure {
     template <class Step>
     void Try(Step&& step) noexcept {
         try {
-            std::forward<Step>(step)();
+            OutOfSight(step);
         } catch (...) {
             if (!m_failure) {
                 m_failure = std::current_exception();
