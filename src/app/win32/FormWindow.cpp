@@ -177,6 +177,19 @@ int FormWindow::SelectedTab() const {
     return static_cast<int>(SendMessageA(Control(kKGTabs), TCM_GETCURSEL, 0, 0)) + 1;
 }
 
+void FormWindow::SelectTab(int tab) {
+    SendMessageA(Control(kKGTabs), TCM_SETCURSEL, static_cast<WPARAM>(tab - 1), 0);
+}
+
+bool FormWindow::FocusInPage() const {
+    const auto page = static_cast<std::size_t>(SelectedTab() - 1);
+    return page < m_pages.size() && IsChild(m_pages[page].Handle(), GetFocus()) != FALSE;
+}
+
+void FormWindow::FocusPage() {
+    SetFocus(GetNextDlgTabItem(Handle(), Control(kKGTabs), FALSE));
+}
+
 void FormWindow::ShowFrame(int frame, bool show) {
     if (frame >= 0 && frame < kPages) {
         m_pages[static_cast<std::size_t>(frame)].Show(show);

@@ -58,6 +58,13 @@ class FormWindow : public FormBase, public TrayWindow, public PageFrames {
     /// `KG_IMGL`: 1 a detail, 2 the root, 3 a browser window.
     ImageList LoadTreeImages() const;
 
+    /// Selects a tab, counted from 1, as a click on it does, but without telling.
+    void SelectTab(int tab);
+    /// Whether a control of the page that is shown has the focus.
+    bool FocusInPage() const;
+    /// Gives it to the first one.
+    void FocusPage();
+
     // TrayWindow
     WindowState State() const override;
     void SetState(WindowState state) override;

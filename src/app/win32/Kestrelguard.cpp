@@ -201,6 +201,18 @@ void Kestrelguard::OnCommand(int id, int notification) {
     }
 }
 
+bool Kestrelguard::TurnPage(int step) {
+    if (m_life.Running()) {
+        const bool inPage = FocusInPage();
+        SelectTab((SelectedTab() - 1 + step + TabCount()) % TabCount() + 1);
+        m_rooms->pages.KGTabs_Click();
+        if (inPage) {
+            FocusPage();
+        }
+    }
+    return true;
+}
+
 std::optional<LRESULT> Kestrelguard::OnNotify(const NMHDR& notification) {
     if (notification.idFrom == kKGTabs && notification.code == static_cast<UINT>(TCN_SELCHANGE)) {
         m_rooms->pages.KGTabs_Click();

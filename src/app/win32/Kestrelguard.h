@@ -32,6 +32,7 @@ class Kestrelguard final : FormWindow {
 
     std::optional<LRESULT> OnMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
     void OnCommand(int id, int notification) override;
+    bool TurnPage(int step) override;
     /// The messages that handlers hear while the program runs.
     std::optional<LRESULT> OnFormMessage(UINT message, WPARAM wParam, LPARAM lParam);
     std::optional<LRESULT> OnNotify(const NMHDR& notification);

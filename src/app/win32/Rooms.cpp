@@ -24,7 +24,7 @@ FormControls::FormControls(FormWindow& form)
     KG_IMGL = form.LoadTreeImages();
     tvBrowsers.Attach(form.Control(kTvBrowsers));
     tvBrowsers.UseImages(KG_IMGL.Get());
-    ApplyCmd.Attach(form.Control(kApplyCmd));
+    ApplyCmd.Attach(form.Control(kApplyCmd), form.Control(kOKcmd));
     mnuPOP.Attach(form.TrayMenuHandle(), kMnuPOP);
     mnuPOPCaption.Attach(form.TrayMenuHandle(), kMnuPOP);
     WasherTimer.Attach(form.Handle());

@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "controls/win32/PlatformMessageLoop.h"
 #include "runtime/win32/AnsiText.h"
 
 namespace kestrelguard {
@@ -14,6 +13,78 @@ int ScreenDpi() {
     const int dpi = GetDeviceCaps(screen, LOGPIXELSY);
     ReleaseDC(nullptr, screen);
     return dpi > 0 ? dpi : 96;
+}
+
+// As Windows 2000 and later know them; Windows before shows the focus always and ignores the message.
+constexpr UINT kChangeUIState = 0x0127;  // WM_CHANGEUISTATE
+constexpr WORD kInitialize = 3;          // UIS_INITIALIZE
+constexpr WORD kClear = 2;               // UIS_CLEAR
+constexpr WORD kHiddenFocusAndKeys = 1 | 2;
+
+/// Turns the pages, as in every window of settings; all with Ctrl.
+struct PageKey {
+    WPARAM key;
+    bool shift;
+    int step;
+};
+constexpr PageKey kPageKeys[] = {
+    {VK_TAB, false, 1}, {VK_TAB, true, -1}, {VK_NEXT, false, 1}, {VK_PRIOR, false, -1}};
+
+bool Down(int key) {
+    return GetKeyState(key) < 0;
+}
+
+bool IsPushButton(HWND window) {
+    return (SendMessageA(window, WM_GETDLGCODE, 0, 0) & (DLGC_DEFPUSHBUTTON | DLGC_UNDEFPUSHBUTTON)) != 0;
+}
+
+bool IsOptionButton(HWND window) {
+    return (SendMessageA(window, WM_GETDLGCODE, 0, 0) & DLGC_RADIOBUTTON) != 0;
+}
+
+bool Selected(HWND optionButton) {
+    return SendMessageA(optionButton, BM_GETCHECK, 0, 0) == BST_CHECKED;
+}
+
+/// An option button selects itself when it gets the focus: it may be given back to the selected one of its
+/// group alone. Null when none is.
+HWND SelectedOfGroup(HWND optionButton) {
+    HWND button = optionButton;
+    while (!Selected(button)) {
+        button = GetNextDlgGroupItem(GetParent(optionButton), button, FALSE);
+        if (button == nullptr || button == optionButton) {
+            return nullptr;
+        }
+    }
+    return button;
+}
+
+struct Wanted {
+    int id;
+    HWND found;
+};
+
+BOOL CALLBACK HasId(HWND window, LPARAM wanted) noexcept {
+    auto& search = *reinterpret_cast<Wanted*>(wanted);
+    if (GetDlgCtrlID(window) != search.id) {
+        return TRUE;
+    }
+    search.found = window;
+    return FALSE;
+}
+
+/// The control with that id, on whatever page it lies.
+HWND FindControl(HWND form, int id) {
+    Wanted search = {id, nullptr};
+    EnumChildWindows(form, HasId, reinterpret_cast<LPARAM>(&search));
+    return search.found;
+}
+
+void DrawForEnter(HWND button, bool forEnter) {
+    if (button != nullptr && IsWindow(button)) {
+        SendMessageA(button, BM_SETSTYLE, static_cast<WPARAM>(forEnter ? BS_DEFPUSHBUTTON : BS_PUSHBUTTON),
+                     TRUE);
+    }
 }
 
 /// Whether a control of that class has an edge of its own around it.
@@ -39,7 +110,7 @@ Font FormBase::ArialFont(int points, int weight) const {
 
 void FormBase::CreateForm(const WindowKind& kind, const WindowFrame& frame) {
     Create(kind, frame);
-    DialogWindows::Add(Handle());
+    DialogWindows::Add(Handle(), *this);
 }
 
 HWND FormBase::CreateControl(const ControlFrame& frame, HWND parent, HFONT font) const {
@@ -61,7 +132,7 @@ std::optional<LRESULT> FormBase::OnMessage(UINT message, WPARAM wParam, LPARAM /
             OnCommand(LOWORD(wParam), HIWORD(wParam));
             return 0;
         case DM_GETDEFID: {
-            const int button = DefaultButton(GetFocus());
+            const int button = ButtonForEnter(GetFocus());
             return button == 0 ? 0 : MAKELRESULT(button, DC_HASDEFID);
         }
         case WM_ACTIVATE:
@@ -72,6 +143,11 @@ std::optional<LRESULT> FormBase::OnMessage(UINT message, WPARAM wParam, LPARAM /
         case WM_SETFOCUS:
             GiveFocusBack();
             return 0;
+        case WM_SHOWWINDOW:
+            if (!std::exchange(m_shown, true)) {
+                SendMessageA(Handle(), kChangeUIState, kInitialize, 0);
+            }
+            return std::nullopt;
         case WM_CLOSE:
             return 0;  // a form that can be closed says how
         case WM_NCDESTROY:
@@ -84,6 +160,43 @@ std::optional<LRESULT> FormBase::OnMessage(UINT message, WPARAM wParam, LPARAM /
 
 void FormBase::OnCommand(int /*id*/, int /*notification*/) {}
 
+bool FormBase::TurnPage(int /*step*/) {
+    return false;
+}
+
+bool FormBase::KeyDown(WPARAM key) {
+    // From the first key on the user sees where the focus is.
+    SendMessageA(Handle(), kChangeUIState, MAKEWPARAM(kClear, kHiddenFocusAndKeys), 0);
+    if (Down(VK_CONTROL) && !Down(VK_MENU)) {
+        for (const PageKey& pageKey : kPageKeys) {
+            if (key == pageKey.key && Down(VK_SHIFT) == pageKey.shift) {
+                return TurnPage(pageKey.step);
+            }
+        }
+    }
+    return false;
+}
+
+void FormBase::FocusMoved(HWND focus) {
+    if (focus == Handle()) {
+        // It came while the form was minimised, whose controls cannot have it.
+        if (!IsIconic(Handle()) && IsWindowVisible(Handle())) {
+            GiveFocusBack();
+        }
+        return;
+    }
+    const int id = ButtonForEnter(focus);
+    const HWND button = id == 0 ? nullptr : FindControl(Handle(), id);
+    if (button != m_drawnForEnter) {
+        DrawForEnter(std::exchange(m_drawnForEnter, button), false);
+        DrawForEnter(button, true);
+    }
+}
+
+int FormBase::ButtonForEnter(HWND focus) const {
+    return focus != nullptr && IsPushButton(focus) ? GetDlgCtrlID(focus) : DefaultButton(focus);
+}
+
 void FormBase::RememberFocus() {
     const HWND focus = GetFocus();
     if (focus != nullptr && IsChild(Handle(), focus)) {
@@ -92,8 +205,12 @@ void FormBase::RememberFocus() {
 }
 
 void FormBase::GiveFocusBack() const {
-    const bool good = m_lastFocus != nullptr && IsWindowVisible(m_lastFocus) && IsWindowEnabled(m_lastFocus);
-    SetFocus(good ? m_lastFocus : FirstFocus());
+    HWND target = m_lastFocus;
+    if (target != nullptr && IsOptionButton(target)) {
+        target = SelectedOfGroup(target);
+    }
+    const bool good = target != nullptr && IsWindowVisible(target) && IsWindowEnabled(target);
+    SetFocus(good ? target : FirstFocus());
 }
 
 void FormBase::DestroyForm() {

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include "controls/win32/PlatformMessageLoop.h"
 #include "controls/win32/WindowBase.h"
 #include "runtime/win32/Owners.h"
 
@@ -18,7 +19,7 @@ struct ControlFrame {
 
 /// A window with controls, handled by the keyboard like a dialog: knows the screen's resolution, makes
 /// controls in the program's font, remembers where the focus was and which button Enter stands for.
-class FormBase : public WindowBase {
+class FormBase : public WindowBase, DialogKeys {
  protected:
     explicit FormBase(ErrorReport report);
     ~FormBase() override;
@@ -39,20 +40,31 @@ class FormBase : public WindowBase {
 
     /// A control's or menu item's notification.
     virtual void OnCommand(int id, int notification);
-    /// The id of the button that Enter presses while `focus` has the focus; 0 when there is none.
+    /// The id of the button that Enter presses while `focus`, which is no button itself, has the focus; 0
+    /// when there is none.
     virtual int DefaultButton(HWND focus) const = 0;
     /// Where the focus goes when there is nowhere to go back to.
     virtual HWND FirstFocus() const = 0;
+    /// Ctrl+Tab and its kin: 1 for the next page, -1 for the one before. Answers whether there are pages.
+    virtual bool TurnPage(int step);
 
     /// Destroys the window; nothing when it has gone.
     void DestroyForm();
 
  private:
+    // DialogKeys
+    bool KeyDown(WPARAM key) override;
+    void FocusMoved(HWND focus) override;
+
+    int ButtonForEnter(HWND focus) const;
     void RememberFocus();
     void GiveFocusBack() const;
 
     int m_dpi;
     HWND m_lastFocus = nullptr;
+    /// The button that is drawn as the one that Enter presses.
+    HWND m_drawnForEnter = nullptr;
+    bool m_shown = false;
 };
 
 }  // namespace kestrelguard

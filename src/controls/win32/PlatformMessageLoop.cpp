@@ -6,32 +6,62 @@ namespace kestrelguard {
 
 namespace {
 
-std::vector<HWND>& OpenDialogs() {
-    static std::vector<HWND> windows;
-    return windows;
+struct Dialog {
+    HWND window;
+    DialogKeys* keys;
+};
+
+std::vector<Dialog>& OpenDialogs() {
+    static std::vector<Dialog> dialogs;
+    return dialogs;
 }
 
-}  // namespace
-
-void DialogWindows::Add(HWND window) {
-    OpenDialogs().push_back(window);
+Dialog DialogOf(HWND window) {
+    for (const Dialog& dialog : OpenDialogs()) {
+        if (window == dialog.window || IsChild(dialog.window, window)) {
+            return dialog;
+        }
+    }
+    return {};
 }
 
-void DialogWindows::Remove(HWND window) {
-    std::erase(OpenDialogs(), window);
-}
-
-void DialogWindows::Dispatch(MSG& message) {
-    for (const HWND window : OpenDialogs()) {
-        if (message.hwnd == window || IsChild(window, message.hwnd)) {
-            if (IsDialogMessageA(window, &message)) {
-                return;
-            }
-            break;
+void DispatchAsDialog(MSG& message) {
+    const Dialog dialog = DialogOf(message.hwnd);
+    if (dialog.window != nullptr) {
+        if ((message.message == WM_KEYDOWN && dialog.keys->KeyDown(message.wParam)) ||
+            IsDialogMessageA(dialog.window, &message)) {
+            return;
         }
     }
     TranslateMessage(&message);
     DispatchMessageA(&message);
+}
+
+/// However the focus came there: by a key, by the mouse, by the program. A window that has it itself, not one
+/// of its controls, is told again and again: while it is minimised it cannot pass it on.
+void TellIfFocusMoved() {
+    static HWND last = nullptr;
+    const HWND focus = GetFocus();
+    const Dialog dialog = DialogOf(focus);
+    if (dialog.window != nullptr && (focus != last || focus == dialog.window)) {
+        dialog.keys->FocusMoved(focus);
+    }
+    last = focus;
+}
+
+}  // namespace
+
+void DialogWindows::Add(HWND window, DialogKeys& keys) {
+    OpenDialogs().push_back({window, &keys});
+}
+
+void DialogWindows::Remove(HWND window) {
+    std::erase_if(OpenDialogs(), [window](const Dialog& dialog) { return dialog.window == window; });
+}
+
+void DialogWindows::Dispatch(MSG& message) {
+    DispatchAsDialog(message);
+    TellIfFocusMoved();
 }
 
 void PlatformMessageLoop::DoEvents() {

@@ -6,10 +6,21 @@
 
 namespace kestrelguard {
 
+/// What a window whose keyboard is handled like a dialog's hears of it.
+class DialogKeys {
+ public:
+    virtual ~DialogKeys() = default;
+    /// A key goes down in the window. Answers whether that is all; if not, the key takes its usual way.
+    virtual bool KeyDown(WPARAM key) = 0;
+    /// The focus has come to another control of the window, or lies on the window itself.
+    virtual void FocusMoved(HWND focus) = 0;
+};
+
 /// The windows whose keyboard is handled like a dialog's: Tab, arrows, Enter, Esc.
 class DialogWindows {
  public:
-    static void Add(HWND window);
+    /// `keys` is there until Remove.
+    static void Add(HWND window, DialogKeys& keys);
     static void Remove(HWND window);
     /// Dispatches one message the way the program's message loop does.
     static void Dispatch(MSG& message);

@@ -176,7 +176,7 @@ bool EnabledControl::Enabled() const {
 void EnabledControl::SetEnabled(bool enabled) {
     if (!enabled && GetFocus() == m_window) {
         // A disabled window that keeps the focus leaves the keyboard dead.
-        SendMessageA(GetParent(m_window), WM_NEXTDLGCTL, 0, FALSE);
+        SetFocus(m_focusAfter);
     }
     EnableWindow(m_window, enabled ? TRUE : FALSE);
 }

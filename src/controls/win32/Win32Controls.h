@@ -114,12 +114,17 @@ class VisibleControl final : public Visibility {
 /// A control or window that can be enabled.
 class EnabledControl final : public Switch {
  public:
-    void Attach(HWND window) { m_window = window; }
+    /// `focusAfter` gets the focus when the control has it and is disabled.
+    void Attach(HWND window, HWND focusAfter) {
+        m_window = window;
+        m_focusAfter = focusAfter;
+    }
     bool Enabled() const override;
     void SetEnabled(bool enabled) override;
 
  private:
     HWND m_window = nullptr;
+    HWND m_focusAfter = nullptr;
 };
 
 }  // namespace kestrelguard
