@@ -65,10 +65,20 @@ void CacheBrowser::kg_CLST_DblClick() {
                            cache_texts::kApplication, box_style::kOK);
         return;
     }
-    // While the question was open a wash may have filled the list anew.
-    const std::int32_t selected = m_parts.selection.SelectedRow();
-    if (selected >= 0 && m_parts.entries.Row(selected) == address) {
-        m_parts.entries.Remove(selected);
+    RemoveRow(row, address);
+}
+
+/// While the question was open a wash may have filled the list anew: the row is where its text is now.
+void CacheBrowser::RemoveRow(std::int32_t row, const std::wstring& address) {
+    const std::int32_t count = m_parts.entries.Count();
+    if (row >= count || m_parts.entries.Row(row) != address) {
+        row = 0;
+        while (row < count && m_parts.entries.Row(row) != address) {
+            ++row;
+        }
+    }
+    if (row < count) {
+        m_parts.entries.Remove(row);
     }
 }
 

@@ -65,6 +65,7 @@ class CacheBrowser {
 
  private:
     std::wstring SelectedAddress() const;
+    void RemoveRow(std::int32_t row, const std::wstring& address);
     bool FindFrom(std::int32_t row, const std::wstring& text);
 
     Parts m_parts;

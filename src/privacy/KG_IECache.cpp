@@ -218,13 +218,13 @@ void KG_IECache::WalkEntries(EntryFind& find, EntryBuffer& buffer, const Task& t
 
 /// Counts, deletes and lists one entry. False when the enumeration goes in circles.
 bool KG_IECache::Visit(const CacheEntryHead& head, const Task& task, CircleDetector& circle) {
-    if ((head.CacheEntryType & kNormalCacheEntry) == 0) {
-        return true;
-    }
     CopyText(head.lpszSourceUrlName, m_address);
     const std::wstring& address = m_address;
     if (circle.Next(address)) {
         return false;
+    }
+    if ((head.CacheEntryType & kNormalCacheEntry) == 0) {
+        return true;
     }
     CacheFileCount = CheckedAdd(CacheFileCount, 1);
     bool hide = CacheFileCount >= kFirstUnlistedEntry;

@@ -1,5 +1,6 @@
 #include "privacy/UrlHistory.h"
 
+#include "privacy/CircleDetector.h"
 #include "runtime/Numbers.h"
 
 namespace kestrelguard {
@@ -47,7 +48,8 @@ std::wstring URLHistoryItem::Text(const char16_t* text) const {
     return std::wstring(text, text + m_values.lstrlenW(text));
 }
 
-CURLHistory::CURLHistory(HistoryPlatform& platform) : m_platform(platform), m_store(platform.Create()) {
+CURLHistory::CURLHistory(HistoryPlatform& platform, std::uint32_t mostEntries)
+    : m_platform(platform), m_mostEntries(mostEntries), m_store(platform.Create()) {
     Refresh(std::wstring(), 0);
 }
 
@@ -68,7 +70,8 @@ void CURLHistory::Refresh(const std::wstring& URLStartsWith, std::int32_t Flags)
     const std::unique_ptr<HistoryEnumerator> enumerator = m_store->EnumUrls();
     enumerator->SetFilter(URLStartsWith, static_cast<std::uint32_t>(Flags));
     m_items.clear();
-    for (;;) {
+    CircleDetector circle;
+    while (m_items.size() < m_mostEntries) {
         // The item is made first, so that the texts have an owner from their arrival on.
         const auto item = std::make_shared<URLHistoryItem>(URLHistoryItem::Maker(), m_platform.Values());
         HistoryRecord record{};
@@ -77,6 +80,11 @@ void CURLHistory::Refresh(const std::wstring& URLStartsWith, std::int32_t Flags)
             return;
         }
         item->SetData(record);
+        const std::wstring address = item->URL();
+        // Entries without an address are no sign of a circle.
+        if (!address.empty() && circle.Next(address)) {
+            return;
+        }
         m_items.push_back(item);
     }
 }

@@ -110,8 +110,13 @@ class URLHistoryItem {
 /// RunTimeError with its HRESULT.
 class CURLHistory {
  public:
+    /// An enumeration that never ends must not take the program with it: one that goes in circles is told by
+    /// its addresses; behind that stands a plain limit. A record and its texts take more than 128 bytes, so
+    /// that nothing beyond this number can be true in the 2 GB that a process has.
+    static constexpr std::uint32_t kMostEntries = 0x80000000U / 128U;
+
     /// Creates the store and loads all entries. `platform` outlives the object and its items.
-    explicit CURLHistory(HistoryPlatform& platform);
+    explicit CURLHistory(HistoryPlatform& platform, std::uint32_t mostEntries = kMostEntries);
 
     /// Adds an address to the history; the collection is not reloaded.
     void AddURL(const std::wstring& URL, const std::wstring& Title, std::int32_t Flags);
@@ -135,6 +140,7 @@ class CURLHistory {
     std::size_t Position(std::int32_t index) const;
 
     HistoryPlatform& m_platform;
+    std::uint32_t m_mostEntries;
     std::unique_ptr<HistoryStore> m_store;
     std::vector<std::shared_ptr<URLHistoryItem>> m_items;
 };

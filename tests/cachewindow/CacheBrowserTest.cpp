@@ -122,6 +122,45 @@ TEST_F(CacheBrowserTest, ADeletedEntryLeavesTheList) {
     EXPECT_EQ(rows.rows[1], L"c");
 }
 
+TEST_F(CacheBrowserTest, OfTwoRowsOfOneTextTheOneAskedAboutGoes) {
+    Fill({L"a", L"b", L"a", L"c"});
+    selection.row = 2;
+    boxes.answer = 6;
+    browser.kg_CLST_DblClick();
+    EXPECT_EQ(rows.rows, (std::deque<std::wstring>{L"a", L"b", L"c"}));
+}
+
+/// A wash fills the list anew while the question is open: other rows, the first one selected.
+TEST_F(CacheBrowserTest, TheAnswerConcernsTheRowThatWasAskedAbout) {
+    Fill({L"a", L"b", L"c"});
+    selection.row = 2;
+    boxes.answer = 6;
+    boxes.whileShown = [this] {
+        Fill({L"b", L"c", L"d"});
+        selection.row = 0;
+    };
+    browser.kg_CLST_DblClick();
+    EXPECT_EQ(cache.deleted, (std::vector<std::wstring>{L"c"}));
+    EXPECT_EQ(rows.rows, (std::deque<std::wstring>{L"b", L"d"}));
+}
+
+TEST_F(CacheBrowserTest, ARowThatTheWashTookAwayIsNotMissed) {
+    Fill({L"a", L"b"});
+    selection.row = 1;
+    boxes.answer = 6;
+    boxes.whileShown = [this] {
+        Fill({L"a"});
+        selection.row = 0;
+    };
+    browser.kg_CLST_DblClick();
+    EXPECT_EQ(cache.deleted, (std::vector<std::wstring>{L"b"}));
+    EXPECT_EQ(rows.rows, (std::deque<std::wstring>{L"a"}));
+    boxes.whileShown = [this] { Fill({}); };
+    selection.row = 0;
+    browser.kg_CLST_DblClick();
+    EXPECT_TRUE(rows.rows.empty());
+}
+
 TEST_F(CacheBrowserTest, AFailedDeletionIsToldWithTheSystemsText) {
     Fill({L"a"});
     selection.row = 0;

@@ -67,6 +67,8 @@ class FakeHistory : public HistoryPlatform, public HistoryValues, public Fallibl
     }
 
     std::vector<Entry> entries;
+    /// After the last entry the enumeration goes on with this one; -1: it ends.
+    int circleTo = -1;
     /// What ClearHistory leaves behind.
     std::size_t stubborn = 0;
     std::uint32_t zone = 2;
@@ -113,6 +115,9 @@ class FakeHistory : public HistoryPlatform, public HistoryValues, public Fallibl
             while (m_position < m_history.entries.size() &&
                    m_history.entries[m_position].url.compare(0, m_filter.size(), m_filter) != 0) {
                 ++m_position;
+            }
+            if (m_position == m_history.entries.size() && m_history.circleTo >= 0) {
+                m_position = static_cast<std::size_t>(m_history.circleTo);
             }
             if (m_position == m_history.entries.size()) {
                 return 0;

@@ -425,6 +425,22 @@ TEST_F(KG_IECacheTest, AnEnumerationThatGoesInCirclesComesToAnEnd) {
     }
 }
 
+TEST_F(KG_IECacheTest, ACircleOfEntriesThatAreNotCountedIsToldToo) {
+    cache.recording = false;
+    for (int entry = 0; entry < 20; ++entry) {
+        cache.entries.push_back({"http://news.example/" + std::to_string(entry), 0});
+    }
+    cache.circleTo = 3;
+    int fetches = 0;
+    cache.beforeFetch = [&](std::size_t) { ++fetches; };
+    KG_IECache module(KG_IECache::Platform{cache, cache, cache, cache, windows, locale, saved}, 100000);
+    bool no = false;
+    module.LoadCacheEntries(no, no, no, no);
+    EXPECT_GE(fetches, 20);
+    EXPECT_LT(fetches, 2000);
+    EXPECT_EQ(module.CacheFileCount, 0);
+}
+
 TEST_F(KG_IECacheTest, AnAddressThatComesBackAFewTimesDoesNotEndTheWalk) {
     for (int entry = 0; entry < 400; ++entry) {
         cache.Add(entry % 40 == 0 ? "http://news.example/again"

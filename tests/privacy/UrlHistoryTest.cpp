@@ -193,5 +193,33 @@ TEST_F(UrlHistoryTest, EachFailingCallReachesTheCaller) {
     faults.FailAt(-1, 0);
 }
 
+/// As that of a damaged index does; with circles of every length, beginning here and there.
+TEST_F(UrlHistoryTest, AnEnumerationThatGoesInCirclesEnds) {
+    platform.entries.clear();
+    for (int entry = 0; entry < 20; ++entry) {
+        platform.entries.push_back(
+            {u"http://site.example/" + std::u16string(1, static_cast<char16_t>('A' + entry)), u""});
+        for (platform.circleTo = 0; platform.circleTo <= entry; platform.circleTo += 13) {
+            const CURLHistory history(platform, 5000);
+            EXPECT_GE(history.Count(), entry + 1);
+            EXPECT_LT(history.Count(), 2000);
+        }
+    }
+}
+
+TEST_F(UrlHistoryTest, AnEnumerationWithoutAnEndAndWithoutAddressesEndsToo) {
+    platform.entries = {{u"", u"", {}, {}, {}, 0, true}};
+    platform.circleTo = 0;
+    const CURLHistory history(platform, 1000);
+    EXPECT_EQ(history.Count(), 1000);
+}
+
+TEST_F(UrlHistoryTest, AnAddressMayComeBackAFewTimes) {
+    for (int time = 0; time < 10; ++time) {
+        platform.entries.push_back({u"http://news.example/", u"News"});
+    }
+    EXPECT_EQ(CURLHistory(platform).Count(), 13);
+}
+
 }  // namespace
 }  // namespace kestrelguard
