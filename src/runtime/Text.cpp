@@ -13,8 +13,14 @@ wchar_t LowerCase(wchar_t letter) noexcept {
     if ((in(0xC0, 0xDE) && code != 0xD7) || in(0x391, 0x3A1) || in(0x3A3, 0x3AB) || in(0x410, 0x42F)) {
         return static_cast<wchar_t>(code + 32);  // Latin-1, Greek, Cyrillic
     }
+    if (in(0xFF21, 0xFF3A)) {
+        return static_cast<wchar_t>(code + 32);  // full-width Latin
+    }
     if (in(0x400, 0x40F)) {
         return static_cast<wchar_t>(code + 80);
+    }
+    if (in(0x2160, 0x216F)) {
+        return static_cast<wchar_t>(code + 16);  // Roman numerals
     }
     if ((in(0x100, 0x137) && code != 0x130) || in(0x14A, 0x177)) {
         return static_cast<wchar_t>(code | 1);  // pairs, capital even

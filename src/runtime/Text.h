@@ -6,7 +6,8 @@
 
 namespace kestrelguard {
 
-/// The text in lower case, letter by letter: every capital of the single-byte Windows code pages.
+/// The text in lower case, letter by letter: every capital of the Windows code pages, of those
+/// with two bytes a letter too.
 wchar_t LowerCase(wchar_t letter) noexcept;
 std::wstring LowerCase(std::wstring_view text);
 

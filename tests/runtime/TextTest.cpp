@@ -13,6 +13,9 @@ TEST(LowerCase, CoversTheWindowsCodePages) {
     EXPECT_EQ(LowerCase(L"\u0141\u0179\u0178\u0152"), L"\u0142\u017A\u00FF\u0153");
     EXPECT_EQ(LowerCase(L"\u0391\u03A9\u0386\u038F"), L"\u03B1\u03C9\u03AC\u03CE");
     EXPECT_EQ(LowerCase(L"\u0410\u042F\u0401"), L"\u0430\u044F\u0451");
+    EXPECT_EQ(LowerCase(L"\u040F\u0176\u038C\u0490"), L"\u045F\u0177\u03CC\u0491");
+    EXPECT_EQ(LowerCase(L"\uFF21\uFF3A\u2160\u2169"), L"\uFF41\uFF5A\u2170\u2179");
+    EXPECT_EQ(LowerCase(L"\uFF20\uFF3B\u215F\u2170"), L"\uFF20\uFF3B\u215F\u2170");
 }
 
 TEST(UpperCase, IsForKeys) {
