@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -14,8 +15,12 @@ struct FakeListing final : CacheListing {
     void LoadCacheEntries(bool clearFiles, bool clearCookies, bool cookiesOnly) override {
         log += std::string(clearFiles ? "files " : "") + (clearCookies ? "cookies " : "") +
                (cookiesOnly ? "only " : "") + "walk;";
+        if (during) {
+            during();
+        }
     }
     std::string log;
+    std::function<void()> during;
 };
 
 struct FakeEntries final : CacheEntries {
@@ -62,6 +67,28 @@ TEST_F(CacheBrowserTest, TheViewsSetTheFlagAndRefresh) {
     browser.AllCache_Click();
     EXPECT_FALSE(ShowCookiesOnly);
     EXPECT_EQ(listing.log, "walk;");
+}
+
+TEST_F(CacheBrowserTest, LoadingIsSaidBeforeEventsRunAndBeforeTheWalk) {
+    std::vector<std::wstring> seen;
+    messages.pending = [&] { seen.push_back(L"events: " + label.text); };
+    listing.during = [&] { seen.push_back(L"walk: " + label.text); };
+    browser.RefreshIE_Click();
+    EXPECT_EQ(seen,
+              (std::vector<std::wstring>{L"events: Internet Explorer Cache Files loading, please wait...",
+                                         L"walk: Internet Explorer Cache Files loading, please wait..."}));
+}
+
+TEST_F(CacheBrowserTest, ClearingIsSaidBeforeTheWalkAndNotAfterIt) {
+    boxes.answer = 6;
+    std::wstring seen;
+    listing.during = [&] {
+        seen = label.text;
+        label.text = L"the walk's own counts";
+    };
+    browser.ClearIENow_Click();
+    EXPECT_EQ(seen, L"Internet Explorer Cache Files clearing, please wait...");
+    EXPECT_EQ(label.text, L"the walk's own counts");
 }
 
 TEST_F(CacheBrowserTest, ClearAsksFirst) {
@@ -192,6 +219,31 @@ TEST_F(CacheBrowserTest, ANewTextIsSearchedFromTheTopAndTheSameFromTheLastMatch)
     browser.fndCache_Click();
     EXPECT_EQ(selection.row, 0);
     EXPECT_TRUE(boxes.shown.empty());
+}
+
+/// A new search forgets where the old one was: it says so when it finds nothing.
+TEST_F(CacheBrowserTest, ANewTextWithoutAMatchAfterAFoundOneHasNoMatches) {
+    Fill({L"x", L"news", L"y"});
+    fndTXT.text = L"news";
+    browser.fndCache_Click();
+    ASSERT_EQ(selection.row, 1);
+    fndTXT.text = L"shop";
+    browser.fndCache_Click();
+    ASSERT_EQ(boxes.shown.size(), 1U);
+    EXPECT_EQ(boxes.shown[0].text, L" No matches for \"shop\" found...");
+    EXPECT_EQ(find.text, L"<- Find ");
+}
+
+/// A text that was searched in vain is the last one searched, so it is not searched again.
+TEST_F(CacheBrowserTest, ATextFoundNowhereIsNotSearchedASecondTime) {
+    Fill({L"x"});
+    fndTXT.text = L"news";
+    browser.fndCache_Click();
+    ASSERT_EQ(boxes.shown.size(), 1U);
+    Fill({L"x", L"news"});
+    browser.fndCache_Click();
+    EXPECT_EQ(boxes.shown.size(), 2U);
+    EXPECT_EQ(selection.row, -1);
 }
 
 TEST_F(CacheBrowserTest, TheSearchIsCaseSensitive) {

@@ -150,8 +150,8 @@ class FakeCache : public UrlCache, public UrlCacheGroups, public LocalMemory, pu
             lastError = kNotFound;
             return false;
         }
-        lastError = 0;
         group = groups[m_nextGroup++];
+        lastError = nextGroupLeaves;
         return true;
     }
     bool DeleteUrlCacheGroup(std::int64_t group, std::uint32_t flags, void* reserved) override {
@@ -208,6 +208,8 @@ class FakeCache : public UrlCache, public UrlCacheGroups, public LocalMemory, pu
     std::deque<Entry> entries;
     std::vector<std::int64_t> groups;
     bool endlessGroups = false;
+    /// The last error value behind a next group that was found.
+    std::uint32_t nextGroupLeaves = 0;
     std::vector<std::int64_t> deletedGroups;
     /// The functions that this platform lacks, by their names in the record.
     std::set<std::string> missing;

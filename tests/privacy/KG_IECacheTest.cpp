@@ -315,6 +315,15 @@ TEST_F(KG_IECacheTest, AMissingNextGroupEndsTheFlush) {
     EXPECT_EQ(cache.Calls("DeleteGroup"), 1);
 }
 
+/// Kept: the last error decides even behind a group that was found.
+TEST_F(KG_IECacheTest, ANextGroupThatComesWithErrorTwoEndsTheFlush) {
+    cache.groups = {11, 12, 13};
+    cache.nextGroupLeaves = 2;
+    walk.DeleteCacheEntry(L"http://gone.example/");
+    EXPECT_EQ(cache.deletedGroups, (std::vector<std::int64_t>{11}));
+    EXPECT_EQ(cache.Calls("FindNextGroup"), 1);
+}
+
 TEST_F(KG_IECacheTest, AFailedGroupDeleteStopsTheFlush) {
     cache.groups = {11, 12};
     cache.failAt = 2;

@@ -101,6 +101,18 @@ TEST_F(UrlHistoryTest, RemoveDeletesTheItemsAddress) {
     EXPECT_EQ(platform.entries.size(), 2U);
 }
 
+TEST_F(UrlHistoryTest, AnItemStaysWhenItsAddressCannotBeDeleted) {
+    CURLHistory history(platform);
+    Faults faults;
+    platform.faults = &faults;
+    faults.FailAt(0, kFailure);
+    EXPECT_THROW(history.Remove(2), RunTimeError);
+    platform.faults = nullptr;
+    EXPECT_EQ(platform.calls.back(), "delete http://shop.example/ 0");
+    EXPECT_EQ(history.Count(), 3);
+    EXPECT_EQ(history.Item(2)->URL(), L"http://shop.example/");
+}
+
 TEST_F(UrlHistoryTest, DeleteURLTakesANumber) {
     platform.entries.push_back({u"-42", u"A number"});
     CURLHistory history(platform);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -22,10 +23,14 @@ class FakeCacheWalk : public CacheWalk, public Fallible {
             call += flag ? '1' : '0';
         }
         m_log.push_back(call);
+        if (during) {
+            during();
+        }
         // The walk sets this when it finds the window; callers must not mind.
         ShowList = true;
         Call();
     }
+    std::function<void()> during;
 
  private:
     std::vector<std::string>& m_log;
@@ -208,6 +213,17 @@ TEST_F(WasherTest, AnOpenCacheWindowIsRefreshedAtTheEnd) {
     windows.Open();
     EXPECT_EQ(Due(), (Calls{"walk 0110", "messages", "walk 1000"}));
     EXPECT_EQ(windows.asked.back(), "null|Kestrelguard v2.0 - IE Cache Details and Advanced Configuration");
+}
+
+TEST_F(WasherTest, TheHistoryIsClearedAfterTheEventsAndBeforeTheWindowIsRefreshed) {
+    Tick(true, true, true);
+    windows.Open();
+    std::vector<bool> cleared;
+    const auto look = [&] { cleared.push_back(HistoryCleared()); };
+    cache.during = look;
+    messages.pending = look;
+    Due();
+    EXPECT_EQ(cleared, (std::vector<bool>{false, false, true})) << "first walk, events, refresh";
 }
 
 TEST_F(WasherTest, TheTimerIsOffWhileWashing) {
