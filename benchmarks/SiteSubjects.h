@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "blocking/SiteAutomaton.h"
-#include "blocking/SiteMatcher.h"
+#include "blocking/matcher/SiteAutomaton.h"
+#include "blocking/matcher/SiteMatcher.h"
 
 namespace kestrelguard::bench {
 

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "blocking/SiteMatcher.h"
+#include "blocking/matcher/SiteMatcher.h"
 #include "controls/Lists.h"
 
 namespace kestrelguard {

@@ -6,8 +6,8 @@
 #include <string_view>
 #include <vector>
 
-#include "blocking/CountedTexts.h"
-#include "blocking/GramTable.h"
+#include "blocking/matcher/GramTable.h"
+#include "blocking/matcher/TextStore.h"
 
 namespace kestrelguard {
 
@@ -19,16 +19,14 @@ namespace kestrelguard {
 /// removing takes that of a walk along one chain.
 class GramIndex {
  public:
-    using Row = CountedTexts::Row;
-    /// So many bytes must be readable behind the end of a searched text; what they are does not matter.
-    static constexpr std::size_t kReadBehind = 8;
+    using Row = TextStore::Row;
 
-    /// `texts` holds what is filed, and outlives the index.
-    explicit GramIndex(const CountedTexts& texts) : m_texts(texts) {}
+    /// `texts` holds what is filed and nothing else, and outlives the index.
+    explicit GramIndex(const TextStore& texts) : m_texts(texts) {}
 
-    /// Files a text that is held and not empty.
+    /// Files a text, right after it was added to the texts.
     void Add(Row row);
-    /// Takes a text out, while it is still held.
+    /// Takes a text out, right before it is removed from the texts.
     void Remove(Row row) noexcept;
     void Clear() noexcept;
 
@@ -49,7 +47,7 @@ class GramIndex {
     static constexpr std::size_t kLongGram = 8;
     static constexpr std::size_t kShortGram = 4;
 
-    /// Longer chains are all too long.
+    /// A chain of so many rows is as bad as a longer one: a search will not walk to its end.
     static constexpr unsigned kManyRows = 32;
 
     /// The width of the grams that texts of a length are filed under.
@@ -57,10 +55,12 @@ class GramIndex {
         return length >= kLongGram ? kLongGram : length >= kShortGram ? kShortGram : length;
     }
     std::uint32_t HashOf(Row row) const noexcept;
+    /// With a place for one row besides.
+    void MakeTableAnew(Row besides);
     std::uint32_t LeastCrowded(std::string_view text) const noexcept;
     unsigned RowsUnder(std::uint32_t hash, unsigned most) const noexcept;
 
-    const CountedTexts& m_texts;
+    const TextStore& m_texts;
     std::vector<Filed> m_filed;  // by row
     GramTable m_table;
     std::array<std::size_t, kLongGram + 1> m_rowsOfWidth{};

@@ -1,40 +1,27 @@
-#include "blocking/GramIndex.h"
+#include "blocking/matcher/GramIndex.h"
 
 #include <cstring>
+#include <utility>
 
 namespace kestrelguard {
 namespace {
 
-// A gram's hash. The multiplications spread its letters over the high bits, Spread takes those down to the
-// low ones. The hash of a long gram goes on from the product of its first half, which is that of a short one.
-constexpr std::uint32_t kFirstFactor = 0x9E3779B1U;
-constexpr std::uint32_t kSecondFactor = 0x85EBCA6BU;
-
-std::uint32_t Spread(std::uint32_t product) noexcept {
-    return product ^ (product >> 15);
-}
+/// The prime next to 2^32 divided by the golden ratio: its multiples lie evenly in the range.
+constexpr std::uint32_t kSpreading = 0x9E3779B1U;
 
 /// Up to four bytes as a number.
-std::uint32_t Letters(const char* at, std::size_t width = 4) noexcept {
+std::uint32_t Letters(const char* at, std::size_t width) noexcept {
     std::uint32_t letters = 0;
     std::memcpy(&letters, at, width);
     return letters;
 }
 
-std::uint32_t Product(std::uint32_t letters) noexcept {
-    return letters * kFirstFactor;
-}
-std::uint32_t ShortHash(std::uint32_t product) noexcept {
-    return Spread(product);
-}
-std::uint32_t LongHash(std::uint32_t product, const char* at) noexcept {
-    return Spread((product + Letters(at + 4)) * kSecondFactor);
-}
-
-/// The hash of a gram of any width up to 8 bytes.
+/// The hash of a gram of 1 to 4 or of 8 bytes. The multiplications bring its letters to the high bits, the
+/// shift brings those down to the low ones, too.
 std::uint32_t Hash(const char* at, std::size_t width) noexcept {
-    return width == 8 ? LongHash(Product(Letters(at)), at)
-                      : ShortHash(Product(Letters(at, width) + static_cast<std::uint32_t>(4 - width)));
+    const std::uint32_t product = width == 8 ? (Letters(at, 4) * kSpreading + Letters(at + 4, 4)) * kSpreading
+                                             : Letters(at, width) * kSpreading;
+    return product ^ (product >> 15);
 }
 
 }  // namespace
@@ -43,74 +30,52 @@ std::uint32_t Hash(const char* at, std::size_t width) noexcept {
 class GramIndex::Search {
  public:
     Search(const GramIndex& index, std::string_view searched)
-        : m_index(index),
-          m_filter(index.m_table),
-          m_searched(searched),
-          m_work(kLeastWork + searched.size() / kBytesForWork) {}
+        : m_index(index), m_searched(searched), m_unitsLeft(kLeastUnits + searched.size() / kBytesForUnit) {}
 
     Verdict Result() {
         const auto& rows = m_index.m_rowsOfWidth;
-        const bool decided = (rows[8] == 0   ? rows[4] != 0 && AtEach<false, true>()
-                              : rows[4] == 0 ? AtEach<true, false>()
-                                             : AtEach<true, true>()) ||
+        const bool decided = (rows[8] != 0 && AtEach<8>()) || (rows[4] != 0 && AtEach<4>()) ||
                              (rows[3] != 0 && AtEach<3>()) || (rows[2] != 0 && AtEach<2>()) ||
                              (rows[1] != 0 && AtEach<1>());
         return decided ? m_verdict : Verdict::kNone;
     }
 
  private:
-    static constexpr std::size_t kLeastWork = 64;
-    static constexpr std::size_t kBytesForWork = 4;
-    static constexpr std::size_t kBytesComparedForWork = 16;
+    // What may be compared, in units of one text of a chain and kBytesOfUnit bytes of it: one for every
+    // kBytesForUnit bytes that are searched, and some for short addresses. Addresses searched for 100,000
+    // ordinary names take three on average and 22 at most.
+    static constexpr std::size_t kBytesForUnit = 4;
+    static constexpr std::size_t kLeastUnits = 64;
+    static constexpr std::size_t kBytesOfUnit = 16;
 
-    /// Looks up the grams of 4 and 8 bytes at each position. Answers whether something decides.
-    template <bool Long, bool Short>
-    bool AtEach() {
-        constexpr std::size_t kWidth = Short ? kShortGram : kLongGram;
-        if (m_searched.size() < kWidth) {
-            return false;
-        }
-        const Filter filter = m_filter;
-        const char* const end = m_searched.data() + (m_searched.size() - kWidth + 1);
-        for (const char* at = m_searched.data(); at != end; ++at) {
-            const std::uint32_t product = Product(Letters(at));
-            const std::uint32_t shortHash = ShortHash(product);
-            const std::uint32_t longHash = LongHash(product, at);
-            const bool isShort = Short && filter.Passes(shortHash);
-            const bool isLong = Long && filter.Passes(longHash);
-            if (static_cast<unsigned>(isShort) | static_cast<unsigned>(isLong)) {
-                if ((isShort && Compare(shortHash, at)) || (isLong && Compare(longHash, at))) {
-                    return true;
-                }
-            }
-        }
-        return false;
-    }
-
-    /// The same for the grams of a lesser width.
+    /// Looks up the gram of a width at each position. Answers whether something decides.
     template <std::size_t Width>
     bool AtEach() {
-        for (std::size_t at = 0; at + Width <= m_searched.size(); ++at) {
-            const std::uint32_t hash = Hash(m_searched.data() + at, Width);
-            if (m_filter.Passes(hash) && Compare(hash, m_searched.data() + at)) {
+        if (m_searched.size() < Width) {
+            return false;
+        }
+        const GramTable::Filter filter(m_index.m_table);
+        const char* const end = m_searched.data() + (m_searched.size() - Width + 1);
+        for (const char* at = m_searched.data(); at != end; ++at) {
+            const std::uint32_t hash = Hash(at, Width);
+            if (filter.Passes(hash) && Compare(hash, static_cast<std::size_t>(at - m_searched.data()))) {
                 return true;
             }
         }
         return false;
     }
 
-    /// Whether a text of a chain decides; each has its gram at `at`, if it occurs.
-    [[gnu::noinline]] bool Compare(std::uint32_t hash, const char* at) {
-        const auto position = static_cast<std::size_t>(at - m_searched.data());
+    /// Whether a text of a chain decides; each has its gram at the position, if it occurs.
+    bool Compare(std::uint32_t hash, std::size_t position) {
         for (Row row = m_index.m_table.Chain(hash); row != GramTable::kNone;
              row = m_index.m_filed[row].next) {
             const std::string_view text = m_index.m_texts[row];
-            const std::size_t cost = 1 + text.size() / kBytesComparedForWork;
-            if (m_work < cost) {
+            const std::size_t cost = 1 + text.size() / kBytesOfUnit;
+            if (m_unitsLeft < cost) {
                 m_verdict = Verdict::kTooMuchWork;
                 return true;
             }
-            m_work -= cost;
+            m_unitsLeft -= cost;
             const std::size_t gram = m_index.m_filed[row].gram;
             if (gram <= position && text.size() <= m_searched.size() - (position - gram) &&
                 std::memcmp(m_searched.data() + (position - gram), text.data(), text.size()) == 0) {
@@ -121,12 +86,9 @@ class GramIndex::Search {
         return false;
     }
 
-    using Filter = GramTable::Filter;
-
     const GramIndex& m_index;
-    const Filter m_filter;
     std::string_view m_searched;
-    std::size_t m_work;
+    std::size_t m_unitsLeft;
     Verdict m_verdict = Verdict::kNone;
 };
 
@@ -136,9 +98,9 @@ std::uint32_t GramIndex::HashOf(Row row) const noexcept {
     return Hash(text.data() + m_filed[row].gram, WidthFor(text.size()));
 }
 
-/// Where the gram of a text begins under which it is best filed: one that the filter has not seen yet, or
-/// else the one with the shortest chain. The search begins in the middle: beginnings and ends ("http://",
-/// ".com/") are what addresses share.
+/// Where the gram of a text begins under which it is best filed: the first that the filter has not seen yet,
+/// or else the one with the shortest chain. The search begins in the middle: beginnings and ends ("http://",
+/// ".com/") are what texts and addresses share.
 std::uint32_t GramIndex::LeastCrowded(std::string_view text) const noexcept {
     const std::size_t width = WidthFor(text.size());
     const std::size_t grams = text.size() - width + 1;
@@ -171,11 +133,23 @@ void GramIndex::Add(Row row) {
     if (row >= m_filed.size()) {
         m_filed.resize(row + 1);
     }
-    const auto next = [this](Row of) -> Row& { return m_filed[of].next; };
-    m_table.Prepare([this](Row of) { return HashOf(of); }, next);
+    if (m_table.IsWorn()) {
+        MakeTableAnew(row);
+    }
     m_filed[row].gram = LeastCrowded(m_texts[row]);
     m_table.Put(HashOf(row), row, m_filed[row].next);
     ++m_rowsOfWidth[WidthFor(m_texts[row].size())];
+}
+
+/// Row by row, as they lie in memory: along the chains it would take three times as long.
+void GramIndex::MakeTableAnew(Row besides) {
+    GramTable table(m_table.Rows() + 1);
+    for (Row row = 0; row < m_texts.Slots(); ++row) {
+        if (m_texts.Holds(row) && row != besides) {
+            table.Put(HashOf(row), row, m_filed[row].next);
+        }
+    }
+    m_table = std::move(table);
 }
 
 void GramIndex::Remove(Row row) noexcept {

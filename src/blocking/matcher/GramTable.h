@@ -34,23 +34,11 @@ class GramTable {
 
     bool Empty() const noexcept { return m_rows == 0; }
     Row Chain(std::uint32_t hash) const noexcept { return m_chains[hash & m_mask]; }
-    /// Makes room for one more row, and leaves out of the filter what was removed, when there is need of it.
-    /// `hashOf` tells the hash of a row's gram; `next` gives, as a reference, the row that follows one.
-    template <class HashOf, class Next>
-    void Prepare(const HashOf& hashOf, const Next& next) {
-        const std::size_t chains = ChainsFor(m_rows + 1);
-        if (chains <= m_chains.size() && m_removed <= m_chains.size() / 2) {
-            return;
-        }
-        GramTable fresh(chains);
-        for (const Row first : m_chains) {
-            for (Row row = first; row != kNone;) {
-                const Row following = next(row);
-                fresh.Put(hashOf(row), row, next(row));
-                row = following;
-            }
-        }
-        *this = std::move(fresh);
+    std::size_t Rows() const noexcept { return m_rows; }
+    /// Whether it should be made anew before one more row is filed: it has too few chains for that, or its
+    /// filter lets too much pass that was removed.
+    bool IsWorn() const noexcept {
+        return ChainsFor(m_rows + 1) > m_chains.size() || m_removed > m_chains.size() / 2;
     }
 
     /// Files a row in front of its chain; `next` is told who follows it.
@@ -80,10 +68,15 @@ class GramTable {
     }
 
     GramTable() = default;
+    /// With room for so many rows.
+    explicit GramTable(std::size_t rows)
+        : m_chains(ChainsFor(rows), kNone),
+          m_filter(m_chains.size(), ~std::uint32_t{0}),
+          m_mask(static_cast<std::uint32_t>(m_chains.size() - 1)) {}
 
  private:
-    /// A power of two: four chains a row, but no more than kPlenty unless there are as many rows. What lets
-    /// fewer grams pass then costs more in fetches from memory than it saves in compares.
+    /// A power of two: four chains a row, but no more than kPlenty unless there are as many rows. Beyond
+    /// that the table outgrows the processor's caches, and fetches cost more than the compares they save.
     static std::size_t ChainsFor(std::size_t rows) {
         constexpr std::size_t kPlenty = 65536;
         const std::size_t wanted = std::max(rows, std::min(4 * rows, kPlenty));
@@ -94,20 +87,15 @@ class GramTable {
         return chains;
     }
 
-    explicit GramTable(std::size_t chains)
-        : m_chains(chains, kNone),
-          m_filter(chains, ~std::uint32_t{0}),
-          m_mask(static_cast<std::uint32_t>(chains - 1)) {}
-
     // The chain is chosen by the low bits of a hash, the bits in the filter by the ten highest.
     static constexpr unsigned kBitsShift = 22;
+    /// Three bits each, as far apart as the place in the table says.
     static constexpr std::array<std::uint32_t, 1024> kBits = [] {
         std::array<std::uint32_t, 1024> bits{};
         for (std::uint32_t at = 0; at < bits.size(); ++at) {
             const std::uint32_t first = at % 32;
-            const std::uint32_t second = (first + 1 + at / 32 % 31) % 32;
-            const std::uint32_t third = (first + 7 * second + at / 32 + 5) % 32;
-            bits[at] = 1U << first | 1U << second | 1U << third;
+            const std::uint32_t step = 1 + at / 32 % 15;
+            bits[at] = 1U << first | 1U << (first + step) % 32 | 1U << (first + 2 * step) % 32;
         }
         return bits;
     }();

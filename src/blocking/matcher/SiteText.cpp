@@ -1,4 +1,4 @@
-#include "blocking/SiteText.h"
+#include "blocking/matcher/SiteText.h"
 
 #include <array>
 #include <cstdint>
@@ -20,7 +20,7 @@ constexpr std::uint32_t kAsciiEnd = 0x80;
 
 /// Writes the bytes of a unit outside ASCII and answers the place behind them: a lead byte that has a one for
 /// every byte, then a zero, then what the rest leaves of the code.
-[[gnu::noinline]] char* WriteBytes(char* to, std::uint64_t code) {
+char* WriteBytes(char* to, std::uint64_t code) {
     unsigned rest = 1;
     while ((code >> (kBitsOfRest * rest)) >= (0x40U >> rest)) {
         ++rest;
@@ -87,8 +87,8 @@ std::wstring TextOf(std::string_view bytes) {
 }
 
 std::string_view LowerCased::operator()(std::wstring_view text) {
-    if (m_buffer.size() < kMostBytes * text.size() + kReadBehind) {
-        m_buffer.resize(2 * kMostBytes * text.size() + kReadBehind);
+    if (m_buffer.size() < kMostBytes * text.size()) {
+        m_buffer.resize(2 * kMostBytes * text.size());
     }
     char* to = m_buffer.data();
     for (const wchar_t unit : text) {

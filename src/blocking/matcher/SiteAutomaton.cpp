@@ -1,4 +1,4 @@
-#include "blocking/SiteAutomaton.h"
+#include "blocking/matcher/SiteAutomaton.h"
 
 #include <algorithm>
 
@@ -77,24 +77,11 @@ SiteAutomaton::SiteAutomaton(std::vector<std::string_view> texts) {
 
 /// The child of a state other than the root; kNone when there is none.
 SiteAutomaton::State SiteAutomaton::Child(State state, unsigned char letter) const {
-    constexpr std::uint16_t kFew = 8;
-    const Node* first = m_nodes.data() + m_nodes[state].children;
-    std::uint16_t count = m_nodes[state].childCount;
-    while (count > kFew) {
-        const std::uint16_t half = count / 2;
-        if (first[half].letter <= letter) {
-            first += half;
-            count = static_cast<std::uint16_t>(count - half);
-        } else {
-            count = half;
-        }
-    }
-    for (; count > 0; ++first, --count) {
-        if (first->letter == letter) {
-            return static_cast<State>(first - m_nodes.data());
-        }
-    }
-    return kNone;
+    const Node* const first = m_nodes.data() + m_nodes[state].children;
+    const Node* const end = first + m_nodes[state].childCount;
+    const Node* const child = std::lower_bound(
+        first, end, letter, [](const Node& node, unsigned char than) { return node.letter < than; });
+    return child != end && child->letter == letter ? static_cast<State>(child - m_nodes.data()) : kNone;
 }
 
 /// The state after one more letter.

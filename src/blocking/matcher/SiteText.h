@@ -19,9 +19,6 @@ std::wstring TextOf(std::string_view bytes);
 /// Lower-cases addresses into a buffer that is used again for the next one.
 class LowerCased {
  public:
-    /// So many more bytes behind the text can be read.
-    static constexpr std::size_t kReadBehind = 8;
-
     /// The bytes of the lower-cased text, valid until the next call.
     std::string_view operator()(std::wstring_view text);
 

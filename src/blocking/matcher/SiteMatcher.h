@@ -6,29 +6,29 @@
 #include <string>
 #include <string_view>
 
-#include "blocking/CountedTexts.h"
-#include "blocking/GramIndex.h"
-#include "blocking/SiteAutomaton.h"
-#include "blocking/SiteText.h"
+#include "blocking/matcher/GramIndex.h"
+#include "blocking/matcher/SiteAutomaton.h"
+#include "blocking/matcher/SiteText.h"
+#include "blocking/matcher/TextStore.h"
 
 namespace kestrelguard {
 
 /// Answers whether any of many texts occurs in a lower-cased address, in a time that hardly depends on how
 /// many there are: see GramIndex. When the texts are such that it gives up, an automaton decides; that is
-/// built when first needed and dropped at the next change. A very few texts are looked for one by one.
+/// built when first needed and dropped at the next change. docs/matcher.md tells why it is made as it is.
 ///
-/// Add and Remove take constant time in the number of texts, averaged over many.
+/// Add takes constant time in the number of texts, averaged over many; Remove walks past those that share a
+/// chain with the removed one, few unless they are equal.
 class SiteMatcher {
  public:
-    /// Names a text while it is held. Equal texts share a name.
-    using Row = CountedTexts::Row;
+    /// Names one addition until it is taken back.
+    using Row = TextStore::Row;
 
     SiteMatcher() : m_index(m_texts) {}
     SiteMatcher(const SiteMatcher&) = delete;
     SiteMatcher& operator=(const SiteMatcher&) = delete;
 
     Row Add(std::wstring_view text);
-    /// Takes back one addition.
     void Remove(Row row) noexcept;
     void Clear() noexcept;
     std::wstring Text(Row row) const;
@@ -43,13 +43,10 @@ class SiteMatcher {
  private:
     /// The name of the empty text, of which only the number is held.
     static constexpr Row kEmptyText = ~Row{0};
-    /// Up to here looking for them one by one is the faster way, as measured.
-    static constexpr std::size_t kVeryFew = 1;
 
-    bool OneByOne(std::string_view address) const;
     bool ByAutomaton(std::string_view address) const;
 
-    CountedTexts m_texts;
+    TextStore m_texts;
     GramIndex m_index;
     std::size_t m_emptyTexts = 0;
     std::string m_bytes;  // of the text that is being added

@@ -1,4 +1,4 @@
-#include "blocking/SiteText.h"
+#include "blocking/matcher/SiteText.h"
 
 #include <gtest/gtest.h>
 

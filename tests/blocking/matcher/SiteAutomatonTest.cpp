@@ -1,4 +1,4 @@
-#include "blocking/SiteAutomaton.h"
+#include "blocking/matcher/SiteAutomaton.h"
 
 #include <gtest/gtest.h>
 

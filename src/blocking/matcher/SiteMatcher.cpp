@@ -1,4 +1,4 @@
-#include "blocking/SiteMatcher.h"
+#include "blocking/matcher/SiteMatcher.h"
 
 #include <utility>
 #include <vector>
@@ -12,17 +12,15 @@ SiteMatcher::Row SiteMatcher::Add(std::wstring_view text) {
     }
     m_bytes.clear();
     site_text::Append(m_bytes, text);
-    const CountedTexts::Added added = m_texts.Add(m_bytes);
-    if (added.isNew) {
-        try {
-            m_index.Add(added.row);
-        } catch (...) {
-            m_texts.Remove(added.row);
-            throw;
-        }
-        m_automaton.reset();
+    const Row row = m_texts.Add(m_bytes);
+    try {
+        m_index.Add(row);
+    } catch (...) {
+        m_texts.Remove(row);
+        throw;
     }
-    return added.row;
+    m_automaton.reset();
+    return row;
 }
 
 void SiteMatcher::Remove(Row row) noexcept {
@@ -30,11 +28,9 @@ void SiteMatcher::Remove(Row row) noexcept {
         --m_emptyTexts;
         return;
     }
-    if (m_texts.IsLast(row)) {
-        m_index.Remove(row);
-        m_automaton.reset();
-    }
+    m_index.Remove(row);
     m_texts.Remove(row);
+    m_automaton.reset();
 }
 
 void SiteMatcher::Clear() noexcept {
@@ -53,21 +49,9 @@ bool SiteMatcher::AnyOccursIn(std::wstring_view address) const {
         return m_emptyTexts > 0;
     }
     const std::string_view bytes = m_lowerCased(address);
-    if (m_texts.Slots() <= kVeryFew) {
-        return OneByOne(bytes);
-    }
     const GramIndex::Verdict verdict = m_index.AnyOccursIn(bytes);
     return verdict == GramIndex::Verdict::kTooMuchWork ? ByAutomaton(bytes)
                                                        : verdict == GramIndex::Verdict::kSome;
-}
-
-bool SiteMatcher::OneByOne(std::string_view address) const {
-    for (Row row = 0; row < m_texts.Slots(); ++row) {
-        if (m_texts.Holds(row) && address.find(m_texts[row]) != std::string_view::npos) {
-            return true;
-        }
-    }
-    return false;
 }
 
 bool SiteMatcher::ByAutomaton(std::string_view address) const {
