@@ -314,6 +314,28 @@ TEST_F(CacheWindowTest, ClearAsksInBothViewsAndSparesSavedCookies) {
     EXPECT_TRUE(WaitUntil([&] { return ListRows(Entries()) == Texts{cookies[0]}; }));
 }
 
+TEST_F(CacheWindowTest, ACleaningDuringTheQuestionDoesNotLoseTheRow) {
+    CacheFiller::Add("http://one.example/", "a");
+    CacheFiller::Add("http://two.example/", "b");
+    CacheFiller::Add("Cookie:a@a.example/", "c");
+    Start();
+    Texts pages = ListRows(Entries());
+    ASSERT_EQ(3u, pages.size());
+    std::erase(pages, L"Cookie:a@a.example/");
+    const Texts rows = ListRows(Entries());
+    // After a cleaning the first row is selected: another one is asked about.
+    const std::wstring asked = pages.back();
+    SelectRow(Entries(), static_cast<int>(std::find(rows.begin(), rows.end(), asked) - rows.begin()));
+    PostMessageW(Entries(), WM_KEYDOWN, VK_DELETE, 0);
+    const MessageBoxSeen box = Box();
+    EXPECT_NE(std::wstring::npos, box.text.find(asked));
+    Click(m_guard->Button(L"Clear Internet Explorer Cookies Now"));
+    ASSERT_TRUE(WaitUntil([&] { return ListRows(Entries()) == pages; }));
+    EXPECT_TRUE(Dismiss(box, IDYES));
+    EXPECT_TRUE(WaitUntil([&] { return ListRows(Entries()) == Texts{pages.front()}; }));
+    EXPECT_EQ(1u, CacheFiller::Addresses().size());
+}
+
 TEST_F(CacheWindowTest, ItsSizeFollowsTheRules) {
     Start();
     // 96 dpi: 15 twips a pixel.

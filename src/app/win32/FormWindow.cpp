@@ -125,7 +125,7 @@ void FormWindow::FillTabs() {
     RECT strip = {};
     GetClientRect(Control(kKGTabs), &strip);
     SendMessageA(Control(kKGTabs), TCM_SETITEMSIZE, 0, MAKELPARAM(0, strip.bottom - kAroundTabs));
-    ShowFrame(0, true);
+    m_pages.front().Show(true);
 }
 
 void FormWindow::FillLists() {
@@ -224,7 +224,7 @@ POINT TreeMenuKeys::BelowSelectedNode() const noexcept {
     RECT node = {};
     const auto item = reinterpret_cast<HTREEITEM>(Original(TVM_GETNEXTITEM, TVGN_CARET, 0));
     if (item != nullptr) {
-        std::memcpy(&node, &item, sizeof item);  // how the message wants to be asked
+        std::memcpy(&node, &item, sizeof(void*));  // how the message wants to be asked
         if (Original(TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&node)) != FALSE) {
             return {node.left, node.bottom};
         }

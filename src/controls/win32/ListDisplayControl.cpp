@@ -30,9 +30,8 @@ bool Looks(UINT message) {
 /// its scroll bar with every row, which takes milliseconds.
 class NotDrawn {
  public:
-    NotDrawn(HWND window, WNDPROC list)
+    explicit NotDrawn(HWND window)
         : m_window(window),
-          m_list(list),
           m_shown((GetWindowLongA(window, GWL_STYLE) & static_cast<LONG>(WS_VISIBLE)) != 0) {
         Draw(FALSE);
     }
@@ -48,28 +47,14 @@ class NotDrawn {
         if (m_shown) {
             DefWindowProcA(m_window, WM_SETREDRAW, static_cast<WPARAM>(draw), 0);
         }
-        CallWindowProcA(m_list, m_window, WM_SETREDRAW, static_cast<WPARAM>(draw), 0);
+        SendMessageA(m_window, WM_SETREDRAW, static_cast<WPARAM>(draw), 0);
     }
 
     HWND m_window;
-    WNDPROC m_list;
     bool m_shown;
 };
 
 }  // namespace
-
-ListDisplayControl::~ListDisplayControl() {
-    if (m_window != nullptr) {
-        SetWindowLongA(m_window, GWL_WNDPROC, static_cast<LONG>(reinterpret_cast<LONG_PTR>(m_original)));
-    }
-}
-
-void ListDisplayControl::Attach(HWND window) {
-    m_window = window;
-    SetWindowLongA(m_window, GWL_USERDATA, static_cast<LONG>(reinterpret_cast<LONG_PTR>(this)));
-    m_original = reinterpret_cast<WNDPROC>(
-        SetWindowLongA(m_window, GWL_WNDPROC, static_cast<LONG>(reinterpret_cast<LONG_PTR>(&Procedure))));
-}
 
 void ListDisplayControl::ShowRowsOf(const ListRows* rows) noexcept {
     m_rows = rows;
@@ -81,7 +66,7 @@ void ListDisplayControl::ShowRowsOf(const ListRows* rows) noexcept {
 
 void ListDisplayControl::RowsAppended() noexcept {
     m_refused = false;
-    if (IsWindowVisible(m_window) != FALSE) {
+    if (IsWindowVisible(Subclassed()) != FALSE) {
         Fill();
     }
 }
@@ -95,32 +80,30 @@ void ListDisplayControl::RowRemoved(std::int32_t row) noexcept {
 }
 
 std::int32_t ListDisplayControl::SelectedRow() const {
-    return static_cast<std::int32_t>(SendMessageA(m_window, LB_GETCURSEL, 0, 0));
+    return static_cast<std::int32_t>(SendMessageA(Subclassed(), LB_GETCURSEL, 0, 0));
 }
 
 void ListDisplayControl::SelectRow(std::int32_t row) {
-    SendMessageA(m_window, LB_SETCURSEL, static_cast<WPARAM>(row), 0);
+    SendMessageA(Subclassed(), LB_SETCURSEL, static_cast<WPARAM>(row), 0);
 }
 
-LRESULT CALLBACK ListDisplayControl::Procedure(HWND window, UINT message, WPARAM wParam,
-                                               LPARAM lParam) noexcept {
-    auto* const list = reinterpret_cast<ListDisplayControl*>(GetWindowLongA(window, GWL_USERDATA));
+std::optional<LRESULT> ListDisplayControl::OnControlMessage(UINT message, WPARAM /*wParam*/,
+                                                            LPARAM /*lParam*/) noexcept {
     if (Looks(message)) {
-        list->Fill();
+        Fill();
     }
     if (message == WM_NCDESTROY) {
-        list->m_window = nullptr;
-        list->m_shown = 0;
+        m_shown = 0;
     }
-    return CallWindowProcA(list->m_original, window, message, wParam, lParam);
+    return std::nullopt;
 }
 
 LRESULT ListDisplayControl::Send(UINT message, WPARAM wParam, LPARAM lParam) const {
-    return m_window == nullptr ? LB_ERR : CallWindowProcA(m_original, m_window, message, wParam, lParam);
+    return Subclassed() == nullptr ? LB_ERR : Original(message, wParam, lParam);
 }
 
 void ListDisplayControl::Fill() noexcept {
-    if (m_window == nullptr || m_rows == nullptr || m_filling || m_refused) {
+    if (Subclassed() == nullptr || m_rows == nullptr || m_filling || m_refused) {
         return;
     }
     m_filling = true;
@@ -131,7 +114,7 @@ void ListDisplayControl::Fill() noexcept {
                 m_refused = !ShowNext();
             } else if (rows > m_shown) {
                 const WaitCursor wait;
-                const NotDrawn notDrawn(m_window, m_original);
+                const NotDrawn notDrawn(Subclassed());
                 while (m_shown < rows && !m_refused) {
                     m_refused = !ShowNext();
                 }

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "controls/Lists.h"
+#include "controls/win32/SubclassedControl.h"
 
 namespace kestrelguard {
 
@@ -16,15 +17,10 @@ namespace kestrelguard {
 ///
 /// A list window of Windows 95, 98 and Me takes 32,767 rows. What it refuses it does not show; a row that
 /// leaves makes room for the next.
-class ListDisplayControl final : public ListDisplay, public ListSelection {
+class ListDisplayControl final : public ListDisplay, public ListSelection, SubclassedControl {
  public:
-    ListDisplayControl() = default;
-    ~ListDisplayControl() override;
-    ListDisplayControl(const ListDisplayControl&) = delete;
-    ListDisplayControl& operator=(const ListDisplayControl&) = delete;
-
     /// `window` is an empty list box whose rows nobody else changes. It may go before this object or after.
-    void Attach(HWND window);
+    void Attach(HWND window) { Subclass(window); }
 
     void ShowRowsOf(const ListRows* rows) noexcept override;
     void RowsAppended() noexcept override;
@@ -34,16 +30,14 @@ class ListDisplayControl final : public ListDisplay, public ListSelection {
     void SelectRow(std::int32_t row) override;
 
  private:
-    static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
-    /// A message to the window itself, past our procedure.
+    std::optional<LRESULT> OnControlMessage(UINT message, WPARAM wParam, LPARAM lParam) noexcept override;
+    /// A message to the window itself, which does not count as a look.
     LRESULT Send(UINT message, WPARAM wParam, LPARAM lParam) const;
     /// Gives the window the rows that it has not got.
     void Fill() noexcept;
     /// Adds the row behind the shown ones. False when the window refuses it.
     bool ShowNext();
 
-    HWND m_window = nullptr;
-    WNDPROC m_original = nullptr;
     const ListRows* m_rows = nullptr;
     /// The window shows the first so many rows.
     std::int32_t m_shown = 0;
