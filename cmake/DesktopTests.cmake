@@ -10,3 +10,15 @@ function(kg_desktop_tests name)
     COMMAND ${CMAKE_SOURCE_DIR}/scripts/wine-session --time 600 -- $<TARGET_FILE:kg_${name}_tests> --gtest_brief=1)
   set_tests_properties(${name} PROPERTIES LABELS desktop TIMEOUT 700)
 endfunction()
+
+# kg_long_run(<name> <seconds> [ARGUMENTS...])
+#
+# The same program once more as a long run: everything rather than a fixed part (label "long"; see ./test --long).
+function(kg_long_run name seconds)
+  math(EXPR limit "${seconds} + 100")
+  add_test(NAME ${name}_long
+    COMMAND ${CMAKE_SOURCE_DIR}/scripts/wine-session --time ${seconds} --
+      $<TARGET_FILE:kg_${name}_tests> --gtest_brief=1 ${ARGN})
+  set_tests_properties(${name}_long PROPERTIES
+    LABELS "desktop;long" TIMEOUT ${limit} ENVIRONMENT KESTRELGUARD_LONG=1)
+endfunction()
