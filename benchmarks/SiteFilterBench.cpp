@@ -1,9 +1,8 @@
 // Measures the site filter's matcher side by side with the plain loop, an automaton, RE2::Set and Hyperscan,
-// and prints ratios. With --partner COMMAND the matcher's Windows build takes part, as a SiteServe that is
-// started by the shell command. All competitors take turns, round by round; a ratio is the median over the
-// rounds.
+// and reports ratios. With --partner COMMAND the matcher's Windows build takes part, as a SiteServe that is
+// started by the shell command. All competitors take turns, round by round.
 //
-//   SiteFilterBench [--rounds N] [--entries N] [--partner COMMAND]
+//   SiteFilterBench [--quick] [--rounds N] [--entries N] [--report FILE] [--partner COMMAND]
 
 #include <sys/wait.h>
 #include <unistd.h>
@@ -16,16 +15,12 @@
 #include <string>
 #include <vector>
 
+#include "Report.h"
 #include "SitePeers.h"
 #include "SiteSubjects.h"
 
 namespace kestrelguard::bench {
 namespace {
-
-[[noreturn]] void Fail(const std::string& what) {
-    std::fprintf(stderr, "SiteFilterBench: %s\n", what.c_str());
-    std::exit(1);
-}
 
 /// A SiteServe in another process.
 class Partner {
@@ -75,32 +70,10 @@ class Partner {
     FILE* m_from = nullptr;
 };
 
-/// The values of one subject, one for each round.
-using Values = std::vector<double>;
-
-double Median(Values values) {
-    std::nth_element(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2),
-                     values.end());
-    return values[values.size() / 2];
-}
-
-double Ratio(const Values& of, const Values& to) {
-    Values ratios;
-    for (std::size_t round = 0; round < of.size(); ++round) {
-        ratios.push_back(of[round] / to[round]);
-    }
-    return Median(ratios);
-}
-
-/// Prints a ratio beside its goal.
-void Print(const std::string& what, double ratio, double goal) {
-    std::printf("  %-62s %8.4f   goal <= %-6g %s\n", what.c_str(), ratio, goal,
-                ratio <= goal ? "met" : "MISSED");
-}
-
 struct Subject {
     std::string name;
     std::function<Measured()> take;
+    double goal = Report::kNoGoal;
 };
 
 /// Runs all subjects in turn, so many times. Where subjects say how many addresses they blocked, all must
@@ -124,11 +97,13 @@ std::vector<Values> Rounds(std::size_t rounds, const std::vector<Subject>& subje
     return values;
 }
 
-/// Something that the Windows build answers when there is one.
+/// Every measurement, natively and, where there is a partner, in the Windows build.
 class Bench {
  public:
-    Bench(std::size_t rounds, Partner* partner) : m_rounds(rounds), m_partner(partner) {}
+    Bench(const Options& options, Partner* partner)
+        : m_rounds(options.RoundsOr(9, 3)), m_partner(partner), m_report(options) {}
 
+    /// A goal of 0 is none.
     void Searching(std::size_t entries, double nativeGoal, double windowsGoal) {
         SiteSubjects& subjects = m_measurements.Of(entries);
         HyperscanPeer hyperscan(subjects.Entries());
@@ -136,36 +111,29 @@ class Bench {
         const auto& addresses = subjects.Addresses();
         std::vector<Subject> all = {
             {"Hyperscan", [&] { return hyperscan.Scan(addresses); }},
-            {"matcher, native", [&] { return subjects.Matcher(); }},
+            {"matcher, native", [&] { return subjects.Matcher(); }, nativeGoal},
             {"RE2::Set", [&] { return re2.Scan(addresses); }},
             {"automaton, native", [&] { return subjects.Automaton(); }},
             {"lower-case pass, native", [&] { return subjects.LowerCasePass(); }},
             {"plain loop, native", [&] { return subjects.NaiveLoop(); }},
         };
         if (m_partner != nullptr) {
-            for (const char* const name : {"matcher", "automaton", "lower-case"}) {
+            all.push_back(
+                {"matcher, Windows", [=, this] { return m_partner->Take("matcher", entries); }, windowsGoal});
+            for (const char* const name : {"automaton", "lower-case"}) {
                 all.push_back(
                     {std::string(name) + ", Windows", [=, this] { return m_partner->Take(name, entries); }});
             }
         }
         const std::vector<Values> values = Rounds(m_rounds, all);
-        std::printf("%zu entries, one address; times of Hyperscan\n", entries);
-        for (std::size_t subject = 1; subject < all.size(); ++subject) {
-            const double ratio = Ratio(values[subject], values[0]);
-            if (all[subject].name == "matcher, native" && nativeGoal > 0) {
-                Print(all[subject].name, ratio, nativeGoal);
-            } else if (all[subject].name == "matcher, Windows") {
-                Print(all[subject].name, ratio, windowsGoal);
-            } else {
-                std::printf("  %-62s %8.2f\n", all[subject].name.c_str(), ratio);
-            }
-        }
-        std::printf("  (");
         for (std::size_t subject = 0; subject < all.size(); ++subject) {
-            std::printf("%s%s %.0f", subject == 0 ? "" : ", ", all[subject].name.c_str(),
-                        Median(values[subject]));
+            if (subject > 0) {
+                m_report.Compare(
+                    "an address among " + std::to_string(entries) + " sites: " + all[subject].name, "ns",
+                    values[subject], "Hyperscan", values[0], all[subject].goal);
+            }
+            m_report.Point("sites", all[subject].name, static_cast<double>(entries), Median(values[subject]));
         }
-        std::printf(" ns)\n");
     }
 
     void Hostile() {
@@ -177,10 +145,10 @@ class Bench {
             all.push_back({"matcher, Windows", [this] { return m_partner->Take("hostile", 0); }});
         }
         const std::vector<Values> values = Rounds(m_rounds, all);
-        std::printf(
-            "10000 entries of two letters, an address of 2000 of them; times of the automaton alone\n");
         for (std::size_t subject = 1; subject < all.size(); subject += 2) {
-            Print(all[subject].name, Ratio(values[subject], values[subject - 1]), 3);
+            m_report.Compare(
+                "an address of 2000 letters a and b among 10000 such sites: " + all[subject].name, "ns",
+                values[subject], "the automaton alone", values[subject - 1], 3);
         }
     }
 
@@ -197,15 +165,29 @@ class Bench {
         if (m_partner != nullptr) {
             all.push_back({"matcher, Windows", [=, this] { return m_partner->Take("build", entries); }});
         }
+        // The compilation takes seconds.
         const std::vector<Values> values = Rounds(std::min<std::size_t>(m_rounds, 3), all);
-        std::printf("building the list of %zu entries; times of Hyperscan's compilation\n", entries);
+        const std::string list = std::to_string(entries) + " sites: ";
+        const auto milliseconds = [](Values nanoseconds) {
+            for (double& value : nanoseconds) {
+                value /= 1e6;
+            }
+            return nanoseconds;
+        };
         for (std::size_t subject = 1; subject < all.size(); ++subject) {
-            Print(all[subject].name, Ratio(values[subject], values[0]), 0.01);
+            m_report.Compare("building the index of " + list + all[subject].name, "ms",
+                             milliseconds(values[subject]), "Hyperscan's compilation",
+                             milliseconds(values[0]), 0.01);
         }
-        std::printf("memory of %zu entries; times of Hyperscan's (%.1f MiB)\n", entries, memory / (1 << 20));
-        Print("matcher, native", subjects.Memory().value / memory, 0.75);
+        const auto weigh = [&](const char* name, double bytes) {
+            constexpr double kMebibyte = 1 << 20;
+            const double ratio = bytes / memory;
+            m_report.Compare("memory of the index of " + list + name, "MiB", bytes / kMebibyte, "Hyperscan's",
+                             memory / kMebibyte, 0.75, {ratio, ratio, ratio});
+        };
+        weigh("matcher, native", subjects.Memory().value);
         if (m_partner != nullptr) {
-            Print("matcher, Windows", m_partner->Take("memory", entries).value / memory, 0.75);
+            weigh("matcher, Windows", m_partner->Take("memory", entries).value);
         }
     }
 
@@ -217,18 +199,19 @@ class Bench {
             all.push_back({"many", [=, this] { return m_partner->Take("add", many); }});
         }
         const std::vector<Values> values = Rounds(m_rounds, all);
-        std::printf(
-            "adding one row to %zu entries, as a user does, with cold caches; times of adding it to %zu\n",
-            many, few);
-        Print("matcher, native", Ratio(values[1], values[0]), 3);
+        const std::string what =
+            "adding one site to " + std::to_string(many) + ", with cold caches: matcher, ";
+        const std::string other = "adding it to " + std::to_string(few);
+        m_report.Compare(what + "native", "ns", values[1], other, values[0], 3);
         if (m_partner != nullptr) {
-            Print("matcher, Windows", Ratio(values[3], values[2]), 3);
+            m_report.Compare(what + "Windows", "ns", values[3], other, values[2], 3);
         }
     }
 
  private:
     std::size_t m_rounds;
     Partner* m_partner;
+    Report m_report;
     SiteMeasurements m_measurements;
 };
 
@@ -237,32 +220,23 @@ class Bench {
 
 int main(int count, char** arguments) {
     using namespace kestrelguard::bench;
-    std::size_t rounds = 9;
-    std::size_t only = 0;
+    const Options options(count, arguments);
     std::unique_ptr<Partner> partner;
-    for (int at = 1; at + 1 < count; at += 2) {
-        if (std::strcmp(arguments[at], "--rounds") == 0) {
-            rounds = std::strtoul(arguments[at + 1], nullptr, 10);
-        } else if (std::strcmp(arguments[at], "--entries") == 0) {
-            only = std::strtoul(arguments[at + 1], nullptr, 10);
-        } else if (std::strcmp(arguments[at], "--partner") == 0) {
-            partner = std::make_unique<Partner>(arguments[at + 1]);
-        } else {
-            Fail(std::string("unknown option ") + arguments[at]);
-        }
+    if (!options.partner.empty()) {
+        partner = std::make_unique<Partner>(options.partner);
     }
-    Bench bench(rounds, partner.get());
+    Bench bench(options, partner.get());
     struct Goal {
         std::size_t entries;
         double native;
         double windows;
     };
     for (const Goal& goal : {Goal{100, 0, 2.5}, Goal{10000, 0.85, 1.5}, Goal{100000, 0.85, 1.1}}) {
-        if (only == 0 || only == goal.entries) {
+        if (options.entries == 0 || options.entries == goal.entries) {
             bench.Searching(goal.entries, goal.native, goal.windows);
         }
     }
-    if (only == 0) {
+    if (options.entries == 0) {
         bench.Hostile();
         bench.Building(100000);
         bench.Adding(100, 100000);

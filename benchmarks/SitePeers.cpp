@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <numeric>
 
+#include "Report.h"
+
 namespace kestrelguard::bench {
 namespace {
 

@@ -4,14 +4,9 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "Report.h"
 #include "SiteWorkload.h"
 #include "runtime/Text.h"
-
-#ifdef _WIN32
-#include <windows.h>
-#else
-#include <chrono>
-#endif
 
 namespace kestrelguard::bench {
 namespace {
@@ -53,26 +48,6 @@ std::vector<std::string_view> Views(const std::vector<std::string>& texts) {
 }
 
 }  // namespace
-
-std::uint64_t Nanoseconds() {
-#ifdef _WIN32
-    LARGE_INTEGER ticks;
-    LARGE_INTEGER perSecond;
-    QueryPerformanceCounter(&ticks);
-    QueryPerformanceFrequency(&perSecond);
-    return static_cast<std::uint64_t>(static_cast<double>(ticks.QuadPart) * 1e9 /
-                                      static_cast<double>(perSecond.QuadPart));
-#else
-    return static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::nanoseconds>(
-                                          std::chrono::steady_clock::now().time_since_epoch())
-                                          .count());
-#endif
-}
-
-void Use(std::size_t value) {
-    volatile std::size_t used = value;
-    static_cast<void>(used);
-}
 
 SiteSubjects::SiteSubjects(std::size_t entries)
     : m_entries(SiteWorkload::Entries(entries)),

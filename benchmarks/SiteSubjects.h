@@ -1,8 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
-#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -12,12 +10,6 @@
 #include "blocking/matcher/SiteMatcher.h"
 
 namespace kestrelguard::bench {
-
-/// A clock that only goes forward, in nanoseconds.
-std::uint64_t Nanoseconds();
-
-/// Keeps the compiler from leaving out what is only measured.
-void Use(std::size_t value);
 
 /// What a measurement gives: nanoseconds for one address, row or list, or bytes; and how many addresses the
 /// subject blocked, where it looked at any.

@@ -1,0 +1,214 @@
+// Measures what a browser waits for its events while the program watches it, against a sink in another
+// process that does nothing, on the same browser and event by event.
+//
+//   EventBench [--quick] [--rounds N] [--report FILE]
+//
+// kestrelguard.exe and NullSink.exe lie beside it.
+
+#include <windows.h>
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "GuardSetup.h"
+#include "Report.h"
+#include "SiteWorkload.h"
+#include "desktop/Desktop.h"
+#include "desktop/driver/Guard.h"
+
+namespace kestrelguard::bench {
+namespace {
+
+using desktop::Browser;
+using desktop::ComPtr;
+using desktop::EventCall;
+using desktop::StandInDesktop;
+using testing::Guard;
+using testing::GuardFolder;
+using testing::Process;
+
+constexpr DWORD kPatience = 120000;
+constexpr std::size_t kSites = 100000;
+
+/// A sink in this process that notes when it is called. Sinks are called in the order of their connection, so
+/// what lies between two of these is the time of the sink between them.
+class Stamp final : public IDispatch {
+ public:
+    virtual ~Stamp() = default;
+    std::uint64_t Time() const { return m_time; }
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) noexcept override {
+        *object = iid == IID_IUnknown || iid == IID_IDispatch ? this : nullptr;
+        return *object != nullptr ? S_OK : E_NOINTERFACE;
+    }
+    // Its owner keeps it.
+    ULONG STDMETHODCALLTYPE AddRef() noexcept override { return 2; }
+    ULONG STDMETHODCALLTYPE Release() noexcept override { return 1; }
+    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) noexcept override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
+                                     UINT*) noexcept override {
+        m_time = Nanoseconds();
+        return S_OK;
+    }
+
+ private:
+    std::uint64_t m_time = 0;
+};
+
+double LowerQuartile(Values values) {
+    std::sort(values.begin(), values.end());
+    return values[values.size() / 4];
+}
+
+/// One browser with these sinks, in this order: a stamp, one that does nothing, a stamp, the program, a
+/// stamp, one that does nothing, a stamp.
+class Road {
+ public:
+    Road() : m_folder(SettingsWith(Sites())) {
+        desktop::BrowserOptions options;
+        options.announced = false;
+        m_browser = &m_desktop.OpenBrowser(options);
+        Connect(0);
+        StartNullSink();
+        Connect(1);
+        m_guard = std::make_unique<Guard>(m_folder);
+        if (!m_guard->WaitReady(kPatience) || !m_guard->Icon(kPatience)) {
+            Fail("the program does not start");
+        }
+        Expect(4);
+        Connect(2);
+        StartNullSink();
+        Connect(3);
+        Expect(7);
+    }
+
+    struct Times {
+        double program = 0;
+        double nothing = 0;
+    };
+    /// So many events one after the other, milliseconds; `cancelled` is what must come of each. The lower
+    /// quartile: what else the machine does makes events longer, never shorter.
+    template <class Make>
+    Times Deliver(std::size_t events, bool cancelled, const Make& make) {
+        Values program;
+        Values nothing;
+        const auto between = [this](std::size_t first) {
+            return static_cast<double>(m_stamps[first + 1].Time() - m_stamps[first].Time()) / 1e6;
+        };
+        for (std::size_t event = 0; event < events; ++event) {
+            const desktop::EventResult result = m_browser->Object()->Events().Deliver(make(event));
+            if (FAILED(result.hr) || result.sinks != 7 || result.cancel != cancelled) {
+                Fail("an event does not come out as it should");
+            }
+            nothing.push_back(between(0));
+            program.push_back(between(1));
+            nothing.push_back(between(2));
+        }
+        return {LowerQuartile(std::move(program)), LowerQuartile(std::move(nothing))};
+    }
+
+    Browser& TheBrowser() { return *m_browser; }
+    Guard& Program() { return *m_guard; }
+    static std::vector<std::string> Sites() { return SiteWorkload::Entries(kSites); }
+
+ private:
+    void Connect(std::size_t stamp) {
+        DWORD cookie = 0;
+        m_browser->Object()->Events().Advise(&m_stamps[stamp], &cookie);
+    }
+    void StartNullSink() {
+        m_sinks.push_back(
+            std::make_unique<Process>(Process::WithPipes(testing::OwnFolder() + L"\\NullSink.exe")));
+        if (m_sinks.back()->WaitLine("listening 1", 0, kPatience) < 0) {
+            Fail("the sink that does nothing does not listen");
+        }
+    }
+    void Expect(int sinks) const {
+        if (m_browser->Sinks().connected != sinks) {
+            Fail("the browser has other sinks than it should");
+        }
+    }
+
+    Stamp m_stamps[4];
+    StandInDesktop m_desktop;
+    Browser* m_browser = nullptr;
+    GuardFolder m_folder;
+    std::vector<std::unique_ptr<Process>> m_sinks;
+    std::unique_ptr<Guard> m_guard;
+};
+
+void Measure(Road& road, Report& report, const Options& options, const std::string& where, double goal) {
+    const std::size_t rounds = options.RoundsOr(9, 3);
+    const std::size_t events = options.quick ? 50 : 200;
+    const std::string last = Road::Sites().back();
+    struct Event {
+        std::string what;
+        bool cancelled;
+        double goal;
+        std::function<EventCall(std::size_t)> make;
+        Values program;
+        Values nothing;
+    };
+    const auto navigation = [&road](const std::string& address) {
+        return EventCall::BeforeNavigate2(road.TheBrowser().Dispatch(),
+                                          std::wstring(address.begin(), address.end()));
+    };
+    // Another address each time: what the tree shows changes.
+    Event all[] = {
+        {"a cancelled popup", true, goal, [](std::size_t) { return EventCall::NewWindow2(); }, {}, {}},
+        {"a navigation let through, 100000 sites",
+         false,
+         Report::kNoGoal,
+         [&](std::size_t event) { return navigation("HTTP://9.9.9.9/" + std::to_string(event)); },
+         {},
+         {}},
+        {"a navigation blocked by the last of 100000 sites",
+         true,
+         goal,
+         [&](std::size_t event) { return navigation("HTTP://" + last + "/" + std::to_string(event)); },
+         {},
+         {}},
+    };
+    std::size_t reads[std::size(all)] = {};
+    for (std::size_t round = 0; round <= rounds; ++round) {
+        for (std::size_t event = 0; event < std::size(all); ++event) {
+            road.TheBrowser().ResetReads();
+            const Road::Times times = road.Deliver(events, all[event].cancelled, all[event].make);
+            reads[event] += static_cast<std::size_t>(road.TheBrowser().Reads(desktop::Property::Hwnd));
+            if (round > 0) {
+                all[event].program.push_back(times.program);
+                all[event].nothing.push_back(times.nothing);
+            }
+        }
+    }
+    for (std::size_t event = 0; event < std::size(all); ++event) {
+        report.Compare(all[event].what + ", " + where, "ms", all[event].program, "a sink that does nothing",
+                       all[event].nothing, all[event].goal);
+        std::printf("    (%.2f reads of the window's handle an event)\n",
+                    static_cast<double>(reads[event]) / static_cast<double>(events * (rounds + 1)));
+    }
+}
+
+void Run(const Options& options) {
+    Report report(options);
+    Road road;
+    Measure(road, report, options, "in the tray", 1.15);
+    if (!road.Program().Restore()) {
+        Fail("the program's window does not come to the screen");
+    }
+    Measure(road, report, options, "tree on the screen", Report::kNoGoal);
+}
+
+}  // namespace
+}  // namespace kestrelguard::bench
+
+int main(int count, char** arguments) {
+    kestrelguard::bench::Run(kestrelguard::bench::Options(count, arguments));
+    return 0;
+}
