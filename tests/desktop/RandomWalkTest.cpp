@@ -1,0 +1,487 @@
+// A random walk over what a user and a desktop can do, with the unchanged program. After each step all that
+// it shows and has written is compared with a small model.
+//
+//   KESTRELGUARD_SEED=N   walks with that seed alone, saying each step
+//   KESTRELGUARD_STEPS=N  steps a walk
+//
+// A fixed set of seeds; in long runs many more.
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "GuardModel.h"
+#include "app/win32/ControlIds.h"
+#include "desktop/Desktop.h"
+#include "desktop/driver/Guard.h"
+#include "desktop/driver/LongRun.h"
+
+namespace kestrelguard::testing {
+namespace {
+
+using desktop::Browser;
+using desktop::BrowserOptions;
+using desktop::EventCall;
+using desktop::EventResult;
+using desktop::PendingEvent;
+using Lines = std::vector<std::wstring>;
+
+std::wstring Wide(const std::string& text) {
+    return std::wstring(text.begin(), text.end());
+}
+
+class Walk {
+ public:
+    explicit Walk(unsigned seed, bool loud) : m_random(seed), m_loud(loud) {
+        for (unsigned i = 0; i < Pick(3); ++i) {
+            Open();
+        }
+        m_folder = std::make_unique<GuardFolder>();
+        StartAgain(true);
+    }
+
+    /// One step; what is wrong after it, empty when nothing is.
+    std::string Step() {
+        struct Action {
+            unsigned weight;
+            const char* name;
+            void (Walk::*act)();
+        };
+        static constexpr Action kActions[] = {
+            {6, "a window opens", &Walk::Open},
+            {4, "a window closes", &Walk::Close},
+            {2, "a window dies", &Walk::Die},
+            {8, "a navigation", &Walk::Navigate},
+            {8, "a title", &Walk::Title},
+            {12, "a popup", &Walk::Popup},
+            {6, "a click on a mode", &Walk::Mode},
+            {8, "a click on a box", &Walk::Box},
+            {4, "a click on Apply", &Walk::Apply},
+            {2, "a click on OK", &Walk::Ok},
+            {2, "a click on Cancel", &Walk::Cancel},
+            {2, "the window is minimised", &Walk::Minimise},
+            {3, "the window is shown", &Walk::Show},
+            {4, "a site is added", &Walk::AddSite},
+            {3, "the keywords are edited", &Walk::EditKeywords},
+            {3, "a click on the first tab", &Walk::FirstTab},
+            {3, "a double click on the root", &Walk::DoubleClickRoot},
+            {2, "the cache window opens and closes", &Walk::CacheWindow},
+            {2, "the cache is cleared", &Walk::Clear},
+            {1, "the program ends and starts", &Walk::Restart},
+            {1, "the program is killed and starts", &Walk::KillAndRestart},
+        };
+        unsigned all = 0;
+        for (const Action& action : kActions) {
+            all += action.weight;
+        }
+        unsigned at = Pick(all);
+        const Action* chosen = kActions;
+        while (at >= chosen->weight) {
+            at -= chosen->weight;
+            ++chosen;
+        }
+        m_problem.clear();
+        m_what = chosen->name;
+        (this->*chosen->act)();
+        if (m_loud) {
+            std::printf("  %s\n", m_what.c_str());
+        }
+        std::string difference;
+        if (!WaitUntil([&] { return (difference = Difference()).empty(); }, 15000)) {
+            m_problem += difference;
+        }
+        return m_problem.empty() ? std::string() : m_what + ": " + m_problem;
+    }
+
+    /// The end; what is wrong with it.
+    std::string End() {
+        m_problem.clear();
+        m_what = "the end";
+        Leave();
+        return m_problem;
+    }
+
+ private:
+    struct Page {
+        Browser* browser = nullptr;
+        std::string title;
+        std::string url;
+        std::size_t navigations = 0;
+    };
+
+    unsigned Pick(unsigned below) { return static_cast<unsigned>(m_random() % below); }
+    template <class Value, std::size_t count>
+    Value Pick(const Value (&values)[count]) {
+        return values[Pick(static_cast<unsigned>(count))];
+    }
+    void Expect(bool holds, const std::string& what) {
+        if (!holds) {
+            m_problem += what + "; ";
+        }
+    }
+    void Say(const std::string& more) { m_what += " (" + more + ")"; }
+
+    HWND Control(int id) const {
+        for (const HWND window : Inside(m_guard->Window())) {
+            if (IdOf(window) == id) {
+                return window;
+            }
+        }
+        return nullptr;
+    }
+    void Press(int id) { ClickAndWait(Control(id)); }
+    Page* AnyPage() {
+        return m_pages.empty() ? nullptr : &m_pages[Pick(static_cast<unsigned>(m_pages.size()))];
+    }
+
+    // --- windows
+
+    void Open() {
+        Page page;
+        page.title = "page" + std::to_string(m_opened);
+        page.url = "http://page" + std::to_string(m_opened) + ".example/";
+        ++m_opened;
+        BrowserOptions options;
+        options.title = Wide(page.title);
+        options.url = Wide(page.url);
+        options.statusText = L"http://link.example/";
+        options.navigates = false;
+        if (m_pages.size() >= 6) {
+            Close();
+        }
+        page.browser = &m_desktop.OpenBrowser(options);
+        m_pages.push_back(page);
+        m_model.nodes.push_back({page.browser->Handle(), false, options.title, options.url});
+    }
+    void Forget(const Page& page) {
+        const int window = page.browser->Handle();
+        std::erase_if(m_model.nodes, [&](const auto& node) { return node.window == window; });
+    }
+    void Close() {
+        if (Page* const page = AnyPage()) {
+            Forget(*page);
+            page->browser->Close();
+            m_pages.erase(m_pages.begin() + (page - m_pages.data()));
+        }
+    }
+    void Die() {
+        if (Page* const page = AnyPage()) {
+            Forget(*page);
+            page->browser->Die();
+            m_desktop.Withdraw(page->browser->Cookie());
+            m_pages.erase(m_pages.begin() + (page - m_pages.data()));
+        }
+    }
+    GuardModel::Node* NodeOf(const Page& page) {
+        const auto found = std::find_if(m_model.nodes.begin(), m_model.nodes.end(), [&](const auto& node) {
+            return node.window == page.browser->Handle();
+        });
+        return found == m_model.nodes.end() ? nullptr : &*found;
+    }
+    void Rebuild() {
+        m_model.nodes.clear();
+        for (const Page& page : m_pages) {
+            m_model.nodes.push_back({page.browser->Handle(), true, Wide(page.title), Wide(page.url)});
+        }
+    }
+
+    // --- events
+
+    void Navigate() {
+        Page* const page = AnyPage();
+        if (page == nullptr) {
+            return;
+        }
+        const std::string url = Pick<const char*>({"http://fine.example/", "http://www.badone.example/x",
+                                                   "http://a.badtwo.example/", "about:blank", ""});
+        Say(url);
+        const EventResult result = page->browser->FireBeforeNavigate2(Wide(url));
+        Expect(SUCCEEDED(result.hr) && result.sinks == 1, "not answered");
+        Expect(result.cancel == m_model.Stops(url), result.cancel ? "stopped" : "not stopped");
+        if (GuardModel::Node* const node = NodeOf(*page)) {
+            node->url = Wide(url);
+        }
+        if (!result.cancel) {
+            page->url = url;
+            page->browser->SetUrl(Wide(url));
+            page->browser->FireNavigateComplete2(Wide(url));
+            page->browser->FireDocumentComplete(Wide(url));
+        }
+    }
+    void ExpectNavigation(Page& page, const std::string& start) {
+        const auto calls = page.browser->NavigateCalls();
+        if (start.empty()) {
+            Expect(calls.size() == page.navigations, "navigated");
+        } else {
+            Expect(calls.size() == page.navigations + 1, "not navigated");
+            Expect(!calls.empty() && calls.back().url.starts_with(Wide(start)), "navigated elsewhere");
+        }
+        page.navigations = calls.size();
+    }
+    void Title() {
+        Page* const page = AnyPage();
+        if (page == nullptr) {
+            return;
+        }
+        const std::string title =
+            Pick<const char*>({"a fine page", "about xxx", "some sex and porn", "banned words", "worse", ""});
+        Say(title);
+        const EventResult result = page->browser->FireTitleChange(Wide(title));
+        Expect(result.hr == S_OK && result.sinks == 1, "not answered");
+        page->title = title;
+        if (GuardModel::Node* const node = NodeOf(*page)) {
+            node->title = Wide(title);
+        }
+        ExpectNavigation(*page, m_model.Bans(title).empty() ? "" : "about:<html>");
+    }
+    void Popup() {
+        Page* const page = AnyPage();
+        if (page == nullptr) {
+            return;
+        }
+        // With the window on the screen, keys that are held reach its controls, too.
+        const unsigned keys = m_model.icon ? Pick(4) : 0;
+        Say("mode " + std::to_string(m_model.now.mode) + ", keys " + std::to_string(keys));
+        EventResult result;
+        {
+            std::unique_ptr<HeldKey> control(keys & 1 ? std::make_unique<HeldKey>(BYTE{VK_CONTROL})
+                                                      : nullptr);
+            std::unique_ptr<HeldKey> shift(keys & 2 ? std::make_unique<HeldKey>(BYTE{VK_SHIFT}) : nullptr);
+            const PendingEvent pending = page->browser->Start(EventCall::NewWindow2());
+            if (m_model.now.mode == 1) {
+                const MessageBoxSeen box = WaitMessageBox(m_guard->Program().Id());
+                Expect(box.caption == L"Kestrelguard New Browser Window Prompt!", "no question");
+                Expect(box && Dismiss(box), "the question stays");
+            }
+            result = pending.Result();
+        }
+        Expect(result.hr == S_OK && result.sinks == 1, "not answered");
+        const bool stopped = m_model.now.mode == 0 && (keys & 1) == 0;
+        const bool sameWindow = m_model.now.mode == 0 && keys == 3;
+        Expect(result.cancel == (stopped || sameWindow), result.cancel ? "stopped" : "not stopped");
+        ExpectNavigation(*page, sameWindow ? "http://link.example/" : "");
+        if (stopped) {
+            m_model.Stopped();
+        }
+    }
+
+    // --- the main window
+
+    void Mode() {
+        m_model.now.mode = static_cast<int>(Pick(3));
+        m_model.apply = true;
+        Say(std::to_string(m_model.now.mode));
+        Press(kPTO0 + m_model.now.mode);
+    }
+    void Box() {
+        static constexpr int kBoxes[] = {kKG_C0, kKG_C1, kKG_C2, kKG_C3, kKG_C4, kKG_C5, kCOpenM};
+        const unsigned box = Pick(7);
+        Say(std::to_string(box));
+        if (box < 6) {
+            m_model.now.boxes[box] = !m_model.now.boxes[box];
+        } else {
+            m_model.now.minimised = !m_model.now.minimised;
+        }
+        m_model.apply = true;
+        Press(kBoxes[box]);
+    }
+    void Apply() {
+        if (m_model.apply) {
+            m_model.Apply();
+            Press(kApplyCmd);
+        }
+    }
+    void Ok() {
+        if (m_model.apply) {
+            m_model.Apply();
+        }
+        m_model.icon = true;
+        Press(kOKcmd);
+    }
+    void Cancel() {
+        m_model.Cancel();
+        Press(kCancelcmd);
+    }
+    void Minimise() {
+        m_model.icon = true;
+        PostMessageW(m_guard->Window(), WM_SYSCOMMAND, SC_MINIMIZE, 0);
+    }
+    void Show() {
+        if (m_model.icon) {
+            m_model.icon = false;
+            Ask(m_guard->Window(), WM_MOUSEMOVE, 1, WM_LBUTTONUP);
+        }
+    }
+    void AddSite() {
+        const std::string site = Pick<const char*>({"badone", "badtwo.example", "nothing"});
+        Say(site);
+        TypeText(Control(kSiteTXT), Wide(site));
+        m_model.now.rows.push_back(site);
+        Press(kAddSite);
+    }
+    void EditKeywords() {
+        const std::string text = Pick<const char*>({"banned -worse", "single", "xxx -porn -sex", ""});
+        if (text == m_model.now.keywords) {
+            return;
+        }
+        Say(text);
+        TypeText(Control(kTitleBan), Wide(text));
+        m_model.now.keywords = text;
+        m_model.keywordsEdited = true;
+        m_model.apply = true;
+    }
+    void FirstTab() {
+        m_model.ShowCounters();
+        ClickTab(m_guard->Tabs(), 0);
+    }
+    void DoubleClickRoot() {
+        // Where nothing would tell the end of it, it is left out.
+        if (std::all_of(m_model.nodes.begin(), m_model.nodes.end(),
+                        [](const auto& node) { return node.atRebuild; })) {
+            return;
+        }
+        Rebuild();
+        DoubleClickNode(m_guard->Tree(), TreeNodes(m_guard->Tree()).at(0).item);
+    }
+    void CacheWindow() {
+        Click(Control(kShowIEC));
+        const HWND window = WaitTop(m_guard->Program().Id(), [](HWND top) {
+            return ClassOf(top) == L"KG_Cache" && IsWindowVisible(top);
+        });
+        Expect(window != nullptr, "no cache window");
+        PostMessageW(window, WM_CLOSE, 0, 0);
+        Expect(WaitUntil([&] { return !IsWindow(window); }), "the cache window stays");
+    }
+    void Clear() { Press(Pick<int>({kClearIEC, kClearIECookies})); }
+
+    // --- its life
+
+    void StartAgain(bool first = false) {
+        m_guard = std::make_unique<Guard>(*m_folder);
+        Expect(m_guard->WaitReady(), "does not start");
+        m_model.Start(first);
+        Rebuild();
+    }
+    void Leave() {
+        Expect(m_guard->Close(), "does not end");
+        Expect(m_guard->Program().ExitCode() == 0, "ends badly");
+        m_model.Write();
+        ExpectFile();
+        for (const Page& page : m_pages) {
+            Expect(page.browser->Sinks().connected == 0, "a sink stays");
+        }
+    }
+    void Restart() {
+        Leave();
+        StartAgain();
+    }
+    void KillAndRestart() {
+        m_guard->Program().Kill();
+        // Nobody has taken its sinks back: each goes with the next event.
+        for (const Page& page : m_pages) {
+            page.browser->FireDownloadBegin();
+        }
+        m_desktop.FireOnList(EventCall(4711));
+        StartAgain();
+    }
+
+    // --- what is so
+
+    void ExpectFile() {
+        const std::string difference = FileDifference();
+        Expect(difference.empty(), difference);
+    }
+    std::string FileDifference() const {
+        const std::string file = m_folder->Settings();
+        const std::size_t start = file.find("PT1/:/:");
+        const std::string found = start == std::string::npos ? file : file.substr(start);
+        return found == m_model.File() ? "" : "the file holds\n" + found + "instead of\n" + m_model.File();
+    }
+    Lines ExpectedTree() const {
+        Lines lines{L"Windows Browsers (" + std::to_wstring(m_pages.size()) + L")"};
+        for (const GuardModel::Node& node : m_model.nodes) {
+            lines.insert(lines.end(), {node.atRebuild ? L"  Browser " : L"  Browser",
+                                       L"    Title : " + node.title, L"    URL : " + node.url});
+        }
+        return lines;
+    }
+    std::string Difference() const {
+        const auto differs = [](const std::string& what, const auto& found, const auto& expected) {
+            return what + " " + ::testing::PrintToString(found) + " instead of " +
+                   ::testing::PrintToString(expected);
+        };
+        if (!m_guard->Program().Running()) {
+            return "it has ended";
+        }
+        if (const MessageBoxSeen box = FindMessageBox(m_guard->Program().Id())) {
+            return differs("a box", box.text, L"none");
+        }
+        if (m_guard->Minimised() != m_model.icon) {
+            return differs("minimised", m_guard->Minimised(), m_model.icon);
+        }
+        if (m_guard->Mode() != m_model.now.mode) {
+            return differs("mode", m_guard->Mode(), m_model.now.mode);
+        }
+        static constexpr int kBoxes[] = {kKG_C0, kKG_C1, kKG_C2, kKG_C3, kKG_C4, kKG_C5};
+        for (std::size_t i = 0; i < 6; ++i) {
+            if (Checked(Control(kBoxes[i])) != m_model.now.boxes[i]) {
+                return differs("box " + std::to_string(i), !m_model.now.boxes[i], m_model.now.boxes[i]);
+            }
+        }
+        if (Enabled(m_guard->Apply()) != m_model.apply) {
+            return differs("Apply", !m_model.apply, m_model.apply);
+        }
+        if (m_guard->Today() != Wide(m_model.labelToday) || m_guard->Total() != Wide(m_model.labelTotal)) {
+            return differs("counters", m_guard->Today() + L", " + m_guard->Total(),
+                           m_model.labelToday + ", " + m_model.labelTotal);
+        }
+        if (TextOf(Control(kTitleBan)) != Wide(m_model.now.keywords)) {
+            return differs("keywords", TextOf(Control(kTitleBan)), m_model.now.keywords);
+        }
+        if (m_guard->TreeLines() != ExpectedTree()) {
+            return differs("tree", m_guard->TreeLines(), ExpectedTree());
+        }
+        for (const Page& page : m_pages) {
+            if (page.browser->Sinks().connected != 1) {
+                return differs("sinks", page.browser->Sinks().connected, 1);
+            }
+        }
+        if (m_desktop.Sinks().connected != 1) {
+            return differs("sinks of the list", m_desktop.Sinks().connected, 1);
+        }
+        return FileDifference();
+    }
+
+    desktop::Apartment m_apartment;
+    desktop::StandInDesktop m_desktop;
+    std::mt19937 m_random;
+    const bool m_loud;
+    std::unique_ptr<GuardFolder> m_folder;
+    std::unique_ptr<Guard> m_guard;
+    GuardModel m_model;
+    std::vector<Page> m_pages;
+    int m_opened = 0;
+    std::string m_what;
+    std::string m_problem;
+};
+
+TEST(RandomWalkTest, TheProgramDoesWhatTheModelSays) {
+    const unsigned one = FromEnvironment("KESTRELGUARD_SEED", 0);
+    const unsigned first = one != 0 ? one : 1;
+    const unsigned last = one != 0 ? one : LongRun() ? 400 : 3;
+    const unsigned steps = FromEnvironment("KESTRELGUARD_STEPS", LongRun() ? 300 : 60);
+    for (unsigned seed = first; seed <= last; ++seed) {
+        std::printf("KESTRELGUARD_SEED=%u KESTRELGUARD_STEPS=%u\n", seed, steps);
+        std::fflush(stdout);
+        Walk walk(seed, one != 0);
+        for (unsigned step = 0; step < steps; ++step) {
+            const std::string wrong = walk.Step();
+            ASSERT_TRUE(wrong.empty()) << "seed " << seed << ", step " << step << ": " << wrong;
+        }
+        const std::string wrong = walk.End();
+        ASSERT_TRUE(wrong.empty()) << "seed " << seed << ": " << wrong;
+    }
+}
+
+}  // namespace
+}  // namespace kestrelguard::testing
