@@ -186,6 +186,8 @@ class StandInDesktop final : private BrowserOwner {
     LONG OutsideReferences() const { return m_list->OutsideReferences(); }
     int Enumerations() const { return m_list->Enumerations().Calls(); }
     void FailEnumeration(HRESULT hr, int times = -1) { m_list->Enumerations().Fail(hr, times); }
+    /// Before a client connects to the list's events.
+    void BeforeConnect(Task task, int times = 1) { m_list->Events().BeforeAdvise(std::move(task), times); }
     void BeforeEnumeration(Task task, int times = 1) {
         m_list->Enumerations().Before(std::move(task), times);
     }

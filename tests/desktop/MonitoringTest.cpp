@@ -4,6 +4,8 @@
 #include <exdispid.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "desktop/Desktop.h"
 #include "desktop/driver/Guard.h"
 
@@ -197,6 +199,25 @@ TEST_F(MonitoringTest, AWindowThatClosesInTheMiddleOfARebuildIsForgotten) {
     first.BeforeAdvise([&second] { second.Close(); });
     m_desktop.OpenBrowser(Page(L"three"));
     EXPECT_TRUE(WaitUntil([this] { return m_guard->TreeLines() == Tree({L"one"}, {L"three"}); }));
+    ExpectOneSinkEach();
+}
+
+TEST_F(MonitoringTest, WindowsThatComeAndGoBetweenTwoConnectionsToTheListAreTold) {
+    m_desktop.OpenBrowser(Page(L"one"));
+    Browser& second = m_desktop.OpenBrowser(Page(L"two"));
+    Start();
+    m_desktop.BeforeConnect([this] { m_desktop.OpenBrowser(Page(L"three")); });
+    m_desktop.OpenBrowser(Page(L"four"));
+    Lines tree;
+    EXPECT_TRUE(WaitUntil([&] { return (tree = m_guard->TreeLines()).size() == 1 + 4 * 3; }))
+        << ::testing::PrintToString(tree);
+    m_desktop.BeforeConnect([&second] { second.Close(); });
+    m_desktop.OpenBrowser(Page(L"five"));
+    EXPECT_TRUE(WaitUntil([&] {
+        tree = m_guard->TreeLines();
+        return tree.size() == 1 + 4 * 3 && tree.front() == L"Windows Browsers (4)";
+    })) << ::testing::PrintToString(tree);
+    EXPECT_EQ(tree.end(), std::find(tree.begin(), tree.end(), L"    Title : two"));
     ExpectOneSinkEach();
 }
 

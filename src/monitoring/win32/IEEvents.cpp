@@ -11,64 +11,33 @@ constexpr std::wstring_view kEnabled = L"Enabled";
 }  // namespace
 
 IEEvents::IEEvents(BrowserEvents& host, PropertyHost* properties, ShellWindowsMaker makeShellWindows)
-    : m_host(host), m_properties(properties), m_makeShellWindows(std::move(makeShellWindows)) {}
-
-IEEvents::~IEEvents() {
-    Stop();
-}
+    : m_host(host),
+      m_properties(properties),
+      oBrowserEvents([make = std::move(makeShellWindows)] { return MakeCom<cBrowserEvents>(make); },
+                     [this](const ComPtr<cBrowserEvents>& watcher) {
+                         watcher->Connect(m_listener);
+                         watcher->SetBrowsers(m_oBrowsers);
+                         watcher->LoadBrowsers();
+                     }) {}
 
 bool IEEvents::Enabled() {
-    const bool enabled = static_cast<bool>(oBrowserEvents);
+    const bool enabled = oBrowserEvents.On();
     // Kept: reading counts as a change, too.
     PropertyChanged();
     return enabled;
 }
 
 void IEEvents::SetEnabled(bool blnNewValue) {
-    if (!blnNewValue) {
-        Stop();
-    } else if (!oBrowserEvents && m_startingTurn == 0) {
-        Start();
+    if (blnNewValue) {
+        oBrowserEvents.SwitchOn();
+    } else {
+        oBrowserEvents.SwitchOff();
     }
     PropertyChanged();
 }
 
 void IEEvents::Refresh() {
-    Stop();
-    Start();
-}
-
-void IEEvents::Start() {
-    const std::uint32_t turn = ++m_turn;
-    m_startingTurn = turn;
-    // Watching calls the windows, which lets other calls in: one of them may switch monitoring off, or start
-    // it over.
-    ComPtr<cBrowserEvents> watcher;
-    try {
-        watcher = cBrowserEvents::Create(m_makeShellWindows);
-    } catch (...) {
-        if (m_startingTurn == turn) {
-            m_startingTurn = 0;
-        }
-        throw;
-    }
-    if (m_turn != turn) {
-        watcher->Close();
-        return;
-    }
-    m_startingTurn = 0;
-    oBrowserEvents = watcher;
-    watcher->Connect(m_listener);
-    watcher->SetBrowsers(m_oBrowsers);
-    watcher->LoadBrowsers();
-}
-
-void IEEvents::Stop() noexcept {
-    ++m_turn;
-    m_startingTurn = 0;
-    if (const ComPtr<cBrowserEvents> watcher = std::move(oBrowserEvents)) {
-        watcher->Close();
-    }
+    oBrowserEvents.Refresh();
 }
 
 void IEEvents::PropertyChanged() {
@@ -79,7 +48,7 @@ void IEEvents::PropertyChanged() {
 
 void IEEvents::WriteProperties(PropertyBag& bag) const {
     // Kept: what is stored is whether monitoring is off.
-    bag.WriteProperty(kEnabled, !oBrowserEvents, false);
+    bag.WriteProperty(kEnabled, !oBrowserEvents.On(), false);
 }
 
 #define KG_EVENT(name, parameters, arguments)         \

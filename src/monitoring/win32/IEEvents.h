@@ -4,9 +4,9 @@
 
 #include <exdisp.h>
 
-#include <cstdint>
 #include <string_view>
 
+#include "monitoring/WatchSwitch.h"
 #include "monitoring/win32/BrowserEvents.h"
 #include "monitoring/win32/cBrowserEvents.h"
 #include "monitoring/win32/cBrowsers.h"
@@ -41,7 +41,7 @@ class IEEvents final {
     explicit IEEvents(BrowserEvents& host, PropertyHost* properties = nullptr,
                       ShellWindowsMaker makeShellWindows = CreateShellWindows);
     /// Switches monitoring off and lets the list go.
-    ~IEEvents();
+    ~IEEvents() = default;
     IEEvents(const IEEvents&) = delete;
     IEEvents& operator=(const IEEvents&) = delete;
 
@@ -77,21 +77,15 @@ class IEEvents final {
     KG_BROWSER_EVENTS(KG_EVENT)
 #undef KG_EVENT
 
-    void Start();
-    void Stop() noexcept;
     void PropertyChanged();
-
-    ComPtr<cBrowserEvents> oBrowserEvents;
-    ComPtr<cBrowsers> m_oBrowsers = MakeCom<cBrowsers>();
 
     BrowserEvents& m_host;
     PropertyHost* const m_properties;
-    const ShellWindowsMaker m_makeShellWindows;
     Listener m_listener{*this};
-    /// Counts starts and stops: a start that another one or a stop overtook gives up.
-    std::uint32_t m_turn = 0;
-    /// The turn of a start that is under way, else 0.
-    std::uint32_t m_startingTurn = 0;
+
+    ComPtr<cBrowsers> m_oBrowsers = MakeCom<cBrowsers>();
+    /// The watcher, which is there while monitoring is on.
+    WatchSwitch<ComPtr<cBrowserEvents>> oBrowserEvents;
 };
 
 }  // namespace kestrelguard

@@ -51,6 +51,8 @@ class ComPtr {
     Interface* operator->() const noexcept { return m_object; }
     Interface& operator*() const noexcept { return *m_object; }
     explicit operator bool() const noexcept { return m_object != nullptr; }
+    /// Whether both hold the same pointer.
+    bool operator==(const ComPtr& other) const noexcept { return m_object == other.m_object; }
 
     void Reset() noexcept {
         if (Interface* const old = Detach()) {

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <windows.h>
+
+#include <exdisp.h>
+
+#include <functional>
+#include <memory>
+#include <utility>
+
+#include "monitoring/WatchedDesktop.h"
+#include "monitoring/win32/IBrowser.h"
+#include "runtime/win32/Com.h"
+
+namespace kestrelguard {
+
+/// Makes the object that lists the desktop's browser windows. Throws RunTimeError.
+using ShellWindowsMaker = std::function<ComPtr<IShellWindows>()>;
+
+/// The system's own.
+ComPtr<IShellWindows> CreateShellWindows();
+
+/// A browser window, held by its automation object.
+class ComWindow final : public DesktopWindow {
+ public:
+    explicit ComWindow(ComPtr<IWebBrowser2> browser)
+        : m_browser(std::move(browser)), m_identity(IdentityOf(m_browser.Get())) {}
+
+    std::int32_t Handle() override;
+    const void* Identity() const override { return m_identity.Get(); }
+
+    /// The object of a window that a ComDesktop has made.
+    static const ComPtr<IWebBrowser2>& BrowserOf(const DesktopWindowPtr& window) {
+        return static_cast<const ComWindow&>(*window).m_browser;
+    }
+
+ private:
+    const ComPtr<IWebBrowser2> m_browser;
+    const ComPtr<IUnknown> m_identity;
+};
+
+/// The desktop's windows through COM. Their events go to a receiver.
+class ComDesktop final : public WatchedDesktop {
+ public:
+    /// Nothing is listened to after the receiver's end.
+    ComDesktop(ShellWindowsMaker makeShellWindows, IBrowser& receiver)
+        : m_makeShellWindows(std::move(makeShellWindows)), m_receiver(receiver) {}
+
+    std::unique_ptr<ShellConnection> ConnectShell(std::shared_ptr<ShellListener> listener) override;
+    std::unique_ptr<WindowSink> Listen(const DesktopWindowPtr& window) override;
+
+ private:
+    const ShellWindowsMaker m_makeShellWindows;
+    IBrowser& m_receiver;
+};
+
+}  // namespace kestrelguard

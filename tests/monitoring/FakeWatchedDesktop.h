@@ -1,0 +1,403 @@
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <list>
+#include <memory>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "monitoring/WatchSwitch.h"
+#include "monitoring/WatchedDesktop.h"
+#include "monitoring/WindowWatch.h"
+#include "runtime/ErrorsIgnored.h"
+#include "runtime/Flagged.h"
+#include "runtime/RunTimeError.h"
+
+/// A desktop in memory on which anything may happen in the middle of any call, the program's monitoring on
+/// it, and what a model says about the two.
+namespace kestrelguard::fakes {
+
+/// What a window is, apart from who refers to it.
+struct WindowState {
+    int number = 0;
+    std::int32_t handle = 0;
+    bool listed = true;
+    /// Every call fails from now on.
+    bool dead = false;
+    /// So many of its next calls fail.
+    int failures = 0;
+    int sinks = 0;
+    int references = 0;
+    int handleReads = 0;
+    int listens = 0;
+    /// Opened when somebody was to be told.
+    bool came = false;
+    int created = 0;
+};
+
+/// How an announcement reaches two connections that both listen.
+struct Delivery {
+    bool newestFirst = false;
+    /// The second connection is told at the next call that somebody makes.
+    bool secondLater = false;
+};
+
+class Desktop final : public WatchedDesktop {
+ public:
+    /// Runs at every place where a call lets others in; the places are counted from 0.
+    std::function<void(int place)> inCall;
+    int places = 0;
+    Delivery delivery;
+    /// So many of the next calls to the shell fail.
+    int shellFailures = 0;
+    /// Objects that are no browsers, and empty entries: places in the list.
+    std::set<int> strangers;
+    std::set<int> empties;
+    int connections = 0;
+    int connects = 0;
+    /// Announcements that came back as failed calls.
+    int failedAnnouncements = 0;
+
+    std::shared_ptr<WindowState> Add(std::int32_t handle) {
+        m_windows.push_back(std::make_shared<WindowState>());
+        m_windows.back()->number = static_cast<int>(m_windows.size());
+        m_windows.back()->handle = handle;
+        return m_windows.back();
+    }
+    const std::vector<std::shared_ptr<WindowState>>& Windows() const { return m_windows; }
+    std::vector<std::shared_ptr<WindowState>> Listed() const {
+        std::vector<std::shared_ptr<WindowState>> listed;
+        std::copy_if(m_windows.begin(), m_windows.end(), std::back_inserter(listed),
+                     [](const auto& window) { return window->listed; });
+        return listed;
+    }
+
+    void Registered() {
+        Announce([](ShellListener& listener) { listener.WindowRegistered(); });
+    }
+    void Revoked() {
+        Announce([](ShellListener& listener) { listener.WindowRevoked(); });
+    }
+    /// What was held back reaches the connections that are still there.
+    void DeliverLate() {
+        while (!m_late.empty()) {
+            const auto late = std::move(m_late.front());
+            m_late.pop_front();
+            late();
+        }
+    }
+    bool LateWaits() const { return !m_late.empty(); }
+
+    /// A call lets others in.
+    void LetIn() {
+        DeliverLate();
+        if (inCall) {
+            inCall(places++);
+        }
+    }
+
+    std::unique_ptr<ShellConnection> ConnectShell(std::shared_ptr<ShellListener> listener) override {
+        ++connects;
+        LetIn();
+        FailShell();
+        auto connection = std::make_unique<Connection>(*this, std::move(listener));
+        LetIn();
+        return connection;
+    }
+    std::unique_ptr<WindowSink> Listen(const DesktopWindowPtr& window) override {
+        if (!window) {
+            return nullptr;
+        }
+        auto& reference = static_cast<Reference&>(*window);
+        ++reference.State().listens;
+        reference.Ask();
+        auto sink = std::make_unique<Sink>(*this, reference.Shared());
+        LetIn();
+        return sink;
+    }
+
+    static WindowState& StateOf(const DesktopWindowPtr& window) {
+        return static_cast<Reference&>(*window).State();
+    }
+
+ private:
+    class Reference final : public DesktopWindow {
+     public:
+        Reference(Desktop& desktop, std::shared_ptr<WindowState> state)
+            : m_desktop(desktop), m_state(std::move(state)) {
+            ++m_state->references;
+        }
+        ~Reference() override {
+            m_desktop.LetIn();
+            --m_state->references;
+        }
+        std::int32_t Handle() override {
+            ++m_state->handleReads;
+            Ask();
+            return m_state->handle;
+        }
+        const void* Identity() const override { return m_state.get(); }
+
+        void Ask() {
+            m_desktop.LetIn();
+            if (m_state->dead || m_state->failures > 0) {
+                m_state->failures -= m_state->dead ? 0 : 1;
+                throw RunTimeError(-5);
+            }
+        }
+        WindowState& State() const { return *m_state; }
+        const std::shared_ptr<WindowState>& Shared() const { return m_state; }
+
+     private:
+        Desktop& m_desktop;
+        std::shared_ptr<WindowState> m_state;
+    };
+
+    class Sink final : public WindowSink {
+     public:
+        Sink(Desktop& desktop, std::shared_ptr<WindowState> state)
+            : m_desktop(desktop), m_state(std::move(state)) {
+            ++m_state->sinks;
+        }
+        ~Sink() override {
+            m_desktop.LetIn();
+            --m_state->sinks;
+            m_desktop.LetIn();
+        }
+
+     private:
+        Desktop& m_desktop;
+        std::shared_ptr<WindowState> m_state;
+    };
+
+    class Walk final : public WindowWalk {
+     public:
+        explicit Walk(Desktop& desktop) : m_desktop(desktop), m_windows(desktop.Listed()) {}
+        bool Next() override {
+            m_desktop.LetIn();
+            m_desktop.FailShell();
+            return ++m_at < static_cast<int>(m_windows.size());
+        }
+        DesktopWindowPtr Window() override {
+            if (m_desktop.empties.contains(m_at)) {
+                return nullptr;
+            }
+            m_desktop.LetIn();
+            if (m_desktop.strangers.contains(m_at)) {
+                throw RunTimeError(-6);
+            }
+            return std::make_shared<Reference>(m_desktop, m_windows[static_cast<std::size_t>(m_at)]);
+        }
+
+     private:
+        Desktop& m_desktop;
+        std::vector<std::shared_ptr<WindowState>> m_windows;
+        int m_at = -1;
+    };
+
+    class Connection final : public ShellConnection {
+     public:
+        Connection(Desktop& desktop, std::shared_ptr<ShellListener> listener) : m_desktop(desktop) {
+            m_place = desktop.m_listeners.insert(desktop.m_listeners.end(), std::move(listener));
+            ++desktop.connections;
+        }
+        ~Connection() override {
+            m_desktop.LetIn();
+            m_desktop.m_listeners.erase(m_place);
+            --m_desktop.connections;
+            m_desktop.LetIn();
+        }
+        std::unique_ptr<WindowWalk> Walk() override {
+            m_desktop.LetIn();
+            m_desktop.FailShell();
+            return std::make_unique<Desktop::Walk>(m_desktop);
+        }
+
+     private:
+        Desktop& m_desktop;
+        std::list<std::shared_ptr<ShellListener>>::iterator m_place;
+    };
+
+    void FailShell() {
+        if (shellFailures > 0) {
+            --shellFailures;
+            throw RunTimeError(-7);
+        }
+    }
+    template <class Tell>
+    void Announce(Tell tell) {
+        std::vector<std::weak_ptr<ShellListener>> listeners(m_listeners.begin(), m_listeners.end());
+        if (delivery.newestFirst) {
+            std::reverse(listeners.begin(), listeners.end());
+        }
+        for (const auto& weak : listeners) {
+            const auto deliver = [this, weak, tell] {
+                const auto listener = weak.lock();
+                if (!listener ||
+                    std::find(m_listeners.begin(), m_listeners.end(), listener) == m_listeners.end()) {
+                    return;
+                }
+                try {
+                    tell(*listener);
+                } catch (const RunTimeError&) {
+                    ++failedAnnouncements;
+                }
+            };
+            if (delivery.secondLater && !weak.expired() && weak.lock() != listeners.front().lock()) {
+                m_late.emplace_back(deliver);
+            } else {
+                deliver();
+            }
+        }
+    }
+
+    std::vector<std::shared_ptr<WindowState>> m_windows;
+    std::list<std::shared_ptr<ShellListener>> m_listeners;
+    std::deque<std::function<void()>> m_late;
+};
+
+/// The program's monitoring on a desktop: the switch, the list, and the tree that its news keep.
+class Monitored final : private WindowList, private WindowNews {
+ public:
+    explicit Monitored(Desktop& windows)
+        : desktop(windows),
+          watching([this] { return Make(); },
+                   [this](const std::shared_ptr<WindowWatch>& watch) { Use(watch); }) {}
+    ~Monitored() override { watching.SwitchOff(); }
+
+    /// Switches on as the tree does, which builds its nodes from the list then. What the start throws is
+    /// dropped.
+    void On() {
+        const bool starts = !watching.On() && !m_switchingOn;
+        const Flagged switchingOn(m_switchingOn);
+        if (ErrorOf([&] { watching.SwitchOn(); }) == 0 && starts) {
+            BuildTree();
+        }
+    }
+    void Refresh() {
+        if (ErrorOf([&] { watching.Refresh(); }) != 0) {
+            failedRefresh = true;
+        }
+    }
+    void OffAndOn() {
+        watching.SwitchOff();
+        m_switchingOn = false;
+        On();
+    }
+
+    /// Windows open and close, with or without a word.
+    void Open(bool announced = true) {
+        const auto window = desktop.Add(m_nextHandle++);
+        window->came = listening;
+        if (announced) {
+            desktop.Registered();
+        }
+    }
+    void CloseWindow(WindowState& window, bool announced = true) {
+        window.listed = false;
+        window.dead = true;
+        if (announced) {
+            ++withdrawals;
+            desktop.Revoked();
+        }
+    }
+    void CloseFirst(bool announced = true) {
+        if (const auto listed = desktop.Listed(); !listed.empty()) {
+            CloseWindow(*listed.front(), announced);
+        }
+    }
+    void CloseLast(bool announced = true) {
+        if (const auto listed = desktop.Listed(); !listed.empty()) {
+            CloseWindow(*listed.back(), announced);
+        }
+    }
+
+    std::vector<std::wstring> Keys() const {
+        const auto watch = m_newest.lock();
+        return watch ? watch->Keys() : std::vector<std::wstring>();
+    }
+    std::vector<int> ListedNumbers() const {
+        std::vector<int> numbers;
+        for (const auto& window : m_list) {
+            numbers.push_back(Desktop::StateOf(window).number);
+        }
+        return numbers;
+    }
+    void DropList() { Clear(); }
+
+    Desktop& desktop;
+    WatchSwitch<std::shared_ptr<WindowWatch>> watching;
+    /// The handles that the tree has nodes for.
+    std::set<std::int32_t> tree;
+    std::vector<int> created;
+    int destroyed = 0;
+    int withdrawals = 0;
+    bool failedRefresh = false;
+    /// Windows that open now are expected to be told.
+    bool listening = false;
+    /// Runs inside the news, after it was noted.
+    std::function<void()> inNews;
+
+ private:
+    std::shared_ptr<WindowWatch> Make() {
+        auto watch =
+            std::make_shared<WindowWatch>(std::shared_ptr<WatchedDesktop>(std::shared_ptr<void>(), &desktop));
+        m_newest = watch;
+        return watch;
+    }
+    void Use(const std::shared_ptr<WindowWatch>& watch) {
+        watch->TellTo(*this);
+        watch->Fill(*this);
+        watch->LoadBrowsers();
+    }
+    void BuildTree() {
+        tree.clear();
+        for (const auto& window : m_list) {
+            tree.insert(Desktop::StateOf(window).handle);
+        }
+    }
+
+    void Clear() override { const auto old = std::exchange(m_list, {}); }
+    void Add(const DesktopWindowPtr& window) override { m_list.push_back(window); }
+
+    void BrowserCreated(const DesktopWindowPtr& window) override {
+        WindowState& state = Desktop::StateOf(window);
+        ++state.created;
+        created.push_back(state.number);
+        if (!state.dead) {
+            tree.insert(state.handle);
+        }
+        News();
+    }
+    void BrowserDestroyed() override {
+        ++destroyed;
+        const auto live = [this](std::int32_t handle) {
+            return std::any_of(m_list.begin(), m_list.end(),
+                               [&](const auto& window) { return Desktop::StateOf(window).handle == handle; });
+        };
+        const auto stale =
+            std::find_if(tree.begin(), tree.end(), [&](std::int32_t handle) { return !live(handle); });
+        if (stale != tree.end()) {
+            tree.erase(stale);
+        }
+        News();
+    }
+    void News() {
+        desktop.LetIn();
+        if (inNews) {
+            inNews();
+        }
+    }
+
+    std::vector<DesktopWindowPtr> m_list;
+    std::weak_ptr<WindowWatch> m_newest;
+    std::int32_t m_nextHandle = 1000;
+    bool m_switchingOn = false;
+};
+
+}  // namespace kestrelguard::fakes
