@@ -37,6 +37,13 @@ inline constexpr wchar_t kShowIEC[] = L"Show Cache";
 inline constexpr wchar_t kShowIECookies[] = L"Show Cookies";
 inline constexpr wchar_t kCheck1[] = L"Check1";  // kept: the boxes are too narrow to show it
 inline constexpr wchar_t kCheck1Tip[] = L"Include in the automatic cleaning";
+// What screen readers say where no text on the screen does.
+inline constexpr wchar_t kTabsName[] = L"Pages of settings";
+inline constexpr wchar_t kCacheBoxName[] = L"Include the cache in the automatic cleaning";
+inline constexpr wchar_t kHistoryBoxName[] = L"Include the history in the automatic cleaning";
+inline constexpr wchar_t kCookiesBoxName[] = L"Include the cookies in the automatic cleaning";
+inline constexpr wchar_t kWash_FName[] = L"Clear automatically every: number";
+inline constexpr wchar_t kWash_CMBName[] = L"Clear automatically every: unit";
 inline constexpr wchar_t kKG_C5[] = L"Clear Automatically every";
 inline constexpr wchar_t kWash_F[] = L"60";
 inline constexpr wchar_t kMinutes[] = L"Minute/s";

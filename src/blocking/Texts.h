@@ -11,6 +11,9 @@ inline constexpr wchar_t kBlockTitlesCaption[] =
     L"keywords "
     L"by a space and a minus sign.";
 inline constexpr wchar_t kSiteTxtHint[] = L"Type a new Site to prevent and click Add";
+// What screen readers say where no text on the screen does.
+inline constexpr wchar_t kSiteLstName[] = L"Prevented Internet Sites";
+inline constexpr wchar_t kTitleBanName[] = L"Words in titles, separated by a space and a minus sign";
 inline constexpr wchar_t kAddSiteCaption[] = L"Add";
 inline constexpr wchar_t kRemoveSiteCaption[] = L"Remove";
 inline constexpr wchar_t kTitleBanDefault[] = L"xxx -porn -sex";

@@ -190,6 +190,29 @@ TEST_F(LayoutTest, TheMainWindow) {
     EXPECT_EQ(3, pages);
 }
 
+/// The title bar begins on the screen, outside the task bar, where it can be taken hold of; where the screen
+/// has room for all of the window it lies there whole.
+void ExpectTitleBarOnScreen(HWND window) {
+    RECT work{};
+    SystemParametersInfoW(SPI_GETWORKAREA, 0, &work, 0);
+    const RECT place = RectOf(window);
+    EXPECT_GE(place.left, work.left);
+    EXPECT_GE(place.top, work.top);
+    EXPECT_LT(place.left, work.right);
+    EXPECT_LT(place.top, work.bottom);
+    if (Width(place) <= Width(work)) {
+        EXPECT_LE(place.right, work.right);
+    }
+    if (Height(place) <= Height(work)) {
+        EXPECT_LE(place.bottom, work.bottom);
+    }
+}
+
+TEST_F(LayoutTest, TheMainWindowsTitleBarIsOnTheScreen) {
+    m_guard = std::make_unique<RunningGuard>("MIN/:/:n\r\n");
+    ExpectTitleBarOnScreen(m_guard->Window());
+}
+
 class CacheLayoutTest : public LayoutTest {
  protected:
     static void SetUpTestSuite() { ASSERT_TRUE(BindToOwnWinInet()); }
@@ -237,6 +260,11 @@ TEST_F(CacheLayoutTest, EveryWidthFromTheSmallestOn) {
     Resize(ToPixels(15000), ToPixels(9000));
     ExpectApart(m_window);
     ExpectTexts(m_window);
+}
+
+TEST_F(CacheLayoutTest, ItsTitleBarIsOnTheScreen) {
+    ASSERT_NE(nullptr, m_window);
+    ExpectTitleBarOnScreen(m_window);
 }
 
 TEST_F(CacheLayoutTest, ItSnapsBackOnceAndStaysThere) {

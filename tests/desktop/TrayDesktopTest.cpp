@@ -53,6 +53,36 @@ class TrayDesktopTest : public ::testing::Test {
     StandInDesktop m_desktop;
 };
 
+TEST_F(TrayDesktopTest, AnErrorInTheTrayComesToTheFrontWithoutTheMainWindow) {
+    RunningGuard guard(kInTheTray);
+    const HWND elsewhere = CreateWindowW(L"Static", L"elsewhere", WS_POPUP | WS_VISIBLE, 0, 0, 50, 50,
+                                         nullptr, nullptr, nullptr, nullptr);
+    ASSERT_TRUE(SetFileAttributesW(guard.Folder()->File(L"KestrelS.CFG").c_str(), FILE_ATTRIBUTE_READONLY));
+    ASSERT_TRUE(guard.ChooseFromTrayMenu(L"Exit"));
+    const MessageBoxSeen box = WaitMessageBox(guard.Program().Id());
+    ASSERT_TRUE(box);
+    EXPECT_EQ(0u, box.text.find(L"Run-time error '75'"));
+    EXPECT_TRUE(WaitUntil([&] { return GetForegroundWindow() == box.window; }));
+    EXPECT_EQ(nullptr, GetWindow(box.window, GW_OWNER));
+    EXPECT_FALSE(guard.Shown());
+    EXPECT_TRUE(Dismiss(box));
+    EXPECT_TRUE(guard.Program().WaitGone());
+    DestroyWindow(elsewhere);
+}
+
+TEST_F(TrayDesktopTest, AnErrorOfTheMainWindowBelongsToIt) {
+    RunningGuard guard("MIN/:/:n\r\n");
+    ASSERT_TRUE(SetFileAttributesW(guard.Folder()->File(L"KestrelS.CFG").c_str(), FILE_ATTRIBUTE_READONLY));
+    ClickAndWait(guard.WashBoxes()[0]);
+    Click(guard.Apply());
+    const MessageBoxSeen box = WaitMessageBox(guard.Program().Id());
+    ASSERT_TRUE(box);
+    EXPECT_EQ(guard.Window(), GetWindow(box.window, GW_OWNER));
+    EXPECT_TRUE(Dismiss(box));
+    SetFileAttributesW(guard.Folder()->File(L"KestrelS.CFG").c_str(), FILE_ATTRIBUTE_NORMAL);
+    EXPECT_TRUE(guard.EndsWell());
+}
+
 TEST_F(TrayDesktopTest, MinimisedItIsAnIconWithTheModeAndTheCount) {
     RunningGuard guard(kInTheTray);
     EXPECT_EQ(Icon().tip, L" Kestrelguard v2 - Preventing Popups: 0");

@@ -4,7 +4,7 @@ namespace kestrelguard {
 
 void CacheWindowHost::ShowCacheWindow() {
     if (!m_form) {
-        m_form = CacheForm::Create({.icon = m_parts.icon,
+        m_form = CacheForm::Create({.icons = m_parts.icons,
                                     .caption = kCacheWindowCaption,
                                     .listing = *this,
                                     .cache = *this,

@@ -16,7 +16,7 @@ class CacheWindowHost final : public CacheWindowOpener, CacheListing, CacheEntri
  public:
     /// All of it outlives the host.
     struct Parts {
-        HICON icon;
+        WindowIcons icons;
         CacheWalk& cache;
         DesktopCacheWindows& windows;
         const Locale& locale;

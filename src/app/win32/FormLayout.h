@@ -134,4 +134,20 @@ inline constexpr TipRow kTipRows[] = {{kSiteTXT, blocking_texts::kSiteTxtHint},
                                       {kKG_C3, texts::kCheck1Tip},
                                       {kKG_C4, texts::kCheck1Tip}};
 
+struct NameRow {
+    ControlId id;
+    const wchar_t* name;
+};
+
+/// For screen readers: whatever has no text of its own and no label right before it.
+inline constexpr NameRow kNameRows[] = {{kKGTabs, texts::kTabsName},
+                                        {kSiteTXT, blocking_texts::kSiteTxtHint},
+                                        {kSiteLST, blocking_texts::kSiteLstName},
+                                        {kTitleBan, blocking_texts::kTitleBanName},
+                                        {kKG_C2, texts::kCacheBoxName},
+                                        {kKG_C3, texts::kHistoryBoxName},
+                                        {kKG_C4, texts::kCookiesBoxName},
+                                        {kWash_F, texts::kWash_FName},
+                                        {kWash_CMB, texts::kWash_CMBName}};
+
 }  // namespace kestrelguard::form_layout

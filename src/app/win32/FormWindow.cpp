@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "controls/win32/AccessibleNames.h"
 #include "controls/win32/PackedIcon.h"
 #include "runtime/ProgramVersion.h"
 #include "runtime/win32/AnsiText.h"
@@ -30,7 +31,9 @@ kestrelguard::Icon LoadPicture(int resource, int size) {
 }  // namespace
 
 FormWindow::FormWindow(ErrorReport report)
-    : FormBase(std::move(report)), m_icon(LoadIconA(Instance(), MAKEINTRESOURCEA(IDI_KESTRELGUARD))) {
+    : FormBase(std::move(report)),
+      m_bigIcon(LoadPicture(IDI_KESTRELGUARD, GetSystemMetrics(SM_CXICON))),
+      m_smallIcon(LoadPicture(IDI_KESTRELGUARD, GetSystemMetrics(SM_CXSMICON))) {
     m_font = ArialFont(kFontPoints, FW_NORMAL);
     m_boldFont = ArialFont(kFontPoints, FW_BOLD);
     CreateMainWindow();
@@ -48,10 +51,9 @@ void FormWindow::CreateMainWindow() {
     AdjustWindowRectEx(&outer, style, FALSE, WS_EX_CONTROLPARENT);
     const int width = outer.right - outer.left;
     const int height = outer.bottom - outer.top;
-    RECT work = {};
-    SystemParametersInfoA(SPI_GETWORKAREA, 0, &work, 0);
+    const RECT work = WorkArea();
     const std::string caption = ToAnsi(texts::kFormCaption + VersionText());
-    CreateForm({.name = "Kestrelguard", .background = GetSysColorBrush(COLOR_BTNFACE), .icon = m_icon},
+    CreateForm({.name = "Kestrelguard", .background = GetSysColorBrush(COLOR_BTNFACE), .icons = FormIcons()},
                {.caption = caption.c_str(),
                 .style = style,
                 .extendedStyle = WS_EX_CONTROLPARENT,
@@ -59,6 +61,7 @@ void FormWindow::CreateMainWindow() {
                 .y = work.top + (work.bottom - work.top - height) / 2,
                 .width = width,
                 .height = height});
+    KeepTitleBarOnScreen();
 }
 
 void FormWindow::CreateControls() {
@@ -69,6 +72,10 @@ void FormWindow::CreateControls() {
     m_tips.Create(Handle());
     for (const TipRow& row : kTipRows) {
         m_tips.Set(Control(row.id), row.text);
+    }
+    const AccessibleNames names;
+    for (const NameRow& row : kNameRows) {
+        names.Set(Control(row.id), row.name);
     }
 }
 

@@ -51,7 +51,7 @@ class FormWindow : public FormBase, public TrayWindow, public PageFrames {
  public:
     HWND Control(ControlId id) const { return m_controls[static_cast<std::size_t>(id)]; }
     HMENU TrayMenuHandle() const { return m_trayMenu->Handle(); }
-    HICON FormIcon() const { return m_icon; }
+    WindowIcons FormIcons() const { return {m_bigIcon.Get(), m_smallIcon.Get()}; }
     TrayPopup& MnuM() { return *m_trayMenu; }
     TreeMenu& BMnu() { return *m_treeMenu; }
 
@@ -94,7 +94,8 @@ class FormWindow : public FormBase, public TrayWindow, public PageFrames {
     void FillLists();
 
     std::array<HWND, 200> m_controls = {};
-    HICON m_icon = nullptr;
+    kestrelguard::Icon m_bigIcon;
+    kestrelguard::Icon m_smallIcon;
     Font m_font;
     Font m_boldFont;
     std::array<PageWindow, form_layout::kPages> m_pages;

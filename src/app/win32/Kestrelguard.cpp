@@ -91,7 +91,7 @@ ProgramLife::Steps Kestrelguard::StartSteps() {
             m_settingsRead = true;
         },
         [this] { m_rooms->savedCookiesFile.SavedCookiesFile(L"Read"); },
-        [this] { m_rooms->tray.Fill(Handle(), FormIcon()); },
+        [this] { m_rooms->tray.Fill(Handle(), FormIcons().smallIcon); },
         [this] { m_rooms->trayIcon.FillTip(); },
         [this] { m_rooms->messages.DoEvents(); },
         [this] { m_rooms->updateCheck.WinVersion(PlatformVersion()); },

@@ -6,6 +6,8 @@ namespace kestrelguard {
 
 namespace {
 
+constexpr UINT kThemeChanged = 0x031A;  // WM_THEMECHANGED
+
 /// Whether visual styles are on: the inside of a tab control is white then.
 bool ThemesActive() {
     const Library theme(LoadLibraryA("uxtheme.dll"));
@@ -23,7 +25,7 @@ bool ThemesActive() {
 }  // namespace
 
 void PageWindow::CreateAt(const RECT& place, HWND form, int id) {
-    m_background = GetSysColorBrush(ThemesActive() ? COLOR_WINDOW : COLOR_BTNFACE);
+    TakeColours();
     Create({.name = "KestrelguardPage", .background = m_background}, {.style = WS_CHILD | WS_CLIPSIBLINGS,
                                                                       .extendedStyle = WS_EX_CONTROLPARENT,
                                                                       .x = place.left,
@@ -46,12 +48,23 @@ std::optional<LRESULT> PageWindow::OnMessage(UINT message, WPARAM wParam, LPARAM
         case WM_CTLCOLORBTN: {
             const auto context = reinterpret_cast<HDC>(wParam);
             SetBkMode(context, TRANSPARENT);
-            SetTextColor(context, GetSysColor(COLOR_BTNTEXT));
+            SetTextColor(context, m_text);
             return reinterpret_cast<LRESULT>(m_background);
         }
+        case WM_SYSCOLORCHANGE:
+        case kThemeChanged:
+            TakeColours();
+            InvalidateRect(Handle(), nullptr, TRUE);
+            return std::nullopt;
         default:
             return std::nullopt;
     }
+}
+
+void PageWindow::TakeColours() {
+    const bool themed = ThemesActive();
+    m_background = GetSysColorBrush(themed ? COLOR_WINDOW : COLOR_BTNFACE);
+    m_text = GetSysColor(themed ? COLOR_WINDOWTEXT : COLOR_BTNTEXT);
 }
 
 void PageWindow::PaintBackground(HDC context) const {

@@ -17,8 +17,10 @@ class PageWindow final : public WindowBase {
  private:
     std::optional<LRESULT> OnMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
     void PaintBackground(HDC context) const;
+    void TakeColours();
 
     HBRUSH m_background = nullptr;
+    COLORREF m_text = 0;
 };
 
 }  // namespace kestrelguard

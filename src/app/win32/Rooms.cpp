@@ -92,7 +92,7 @@ Rooms::Rooms(FormWindow& form)
                .locale = locale,
                .savedCookies = savedCookies}),
       cacheWalk(ieCache),
-      cacheWindow({.icon = form.FormIcon(),
+      cacheWindow({.icons = form.FormIcons(),
                    .cache = cacheWalk,
                    .windows = cacheWindows,
                    .locale = locale,

@@ -113,7 +113,7 @@ CacheForm::CacheForm(const Parts& parts)
                      .savedCookies = parts.savedCookies}) {}
 
 void CacheForm::CreateWindows() {
-    CreateForm({.name = kClass, .background = GetSysColorBrush(COLOR_BTNFACE), .icon = m_parts.icon},
+    CreateForm({.name = kClass, .background = GetSysColorBrush(COLOR_BTNFACE), .icons = m_parts.icons},
                {.caption = m_parts.caption,
                 .style = WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN,
                 .extendedStyle = WS_EX_CONTROLPARENT,
@@ -121,6 +121,7 @@ void CacheForm::CreateWindows() {
                 .y = CW_USEDEFAULT,
                 .width = WindowPixels(m_layout.width, Dpi()),
                 .height = WindowPixels(m_layout.height, Dpi())});
+    KeepTitleBarOnScreen();
     m_font = ArialFont(kFontPoints, FW_NORMAL);
     m_tips.Create(Handle());
     for (const ControlRow& row : kControls) {

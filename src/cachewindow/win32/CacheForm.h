@@ -26,8 +26,8 @@ class CacheForm final : public std::enable_shared_from_this<CacheForm>, FormBase
  public:
     /// All of it outlives the window.
     struct Parts {
-        /// The main window's icon, which is this window's too.
-        HICON icon;
+        /// The main window's icons, which are this window's too.
+        WindowIcons icons;
         /// The caption, by which others find the window.
         const char* caption;
         CacheListing& listing;

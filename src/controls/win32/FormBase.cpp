@@ -1,5 +1,6 @@
 #include "controls/win32/FormBase.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "runtime/win32/AnsiText.h"
@@ -30,6 +31,12 @@ struct PageKey {
 constexpr PageKey kPageKeys[] = {
     {VK_TAB, false, 1}, {VK_TAB, true, -1}, {VK_NEXT, false, 1}, {VK_PRIOR, false, -1}};
 
+/// Where a length begins so that it ends before `end`, if there is room, and in no case begins before
+/// `begin`.
+LONG KeptWithin(LONG at, LONG length, LONG begin, LONG end) {
+    return std::max(begin, std::min(at, end - length));
+}
+
 bool Down(int key) {
     return GetKeyState(key) < 0;
 }
@@ -57,6 +64,11 @@ HWND SelectedOfGroup(HWND optionButton) {
         }
     }
     return button;
+}
+
+BOOL CALLBACK TellColourChange(HWND control, LPARAM /*unused*/) noexcept {
+    SendMessageA(control, WM_SYSCOLORCHANGE, 0, 0);
+    return TRUE;
 }
 
 struct Wanted {
@@ -113,6 +125,21 @@ void FormBase::CreateForm(const WindowKind& kind, const WindowFrame& frame) {
     DialogWindows::Add(Handle(), *this);
 }
 
+RECT FormBase::WorkArea() {
+    RECT work = {};
+    SystemParametersInfoA(SPI_GETWORKAREA, 0, &work, 0);
+    return work;
+}
+
+void FormBase::KeepTitleBarOnScreen() const {
+    const RECT work = WorkArea();
+    RECT place = {};
+    GetWindowRect(Handle(), &place);
+    const LONG left = KeptWithin(place.left, place.right - place.left, work.left, work.right);
+    const LONG top = KeptWithin(place.top, place.bottom - place.top, work.top, work.bottom);
+    SetWindowPos(Handle(), nullptr, left, top, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
 HWND FormBase::CreateControl(const ControlFrame& frame, HWND parent, HFONT font) const {
     const HWND control = CreateWindowExA(
         HasEdge(frame.windowClass) ? WS_EX_CLIENTEDGE : 0, frame.windowClass, ToAnsi(frame.text).c_str(),
@@ -150,6 +177,10 @@ std::optional<LRESULT> FormBase::OnMessage(UINT message, WPARAM wParam, LPARAM /
             return std::nullopt;
         case WM_CLOSE:
             return 0;  // a form that can be closed says how
+        case WM_SYSCOLORCHANGE:
+            // Told to the forms alone; common controls want to know it.
+            EnumChildWindows(Handle(), TellColourChange, 0);
+            return std::nullopt;
         case WM_NCDESTROY:
             DialogWindows::Remove(Handle());
             return std::nullopt;

@@ -32,6 +32,11 @@ class FormBase : public WindowBase, DialogKeys {
 
     /// The form itself, from which on Tab, arrows, Enter and Esc work in it. Throws kOutOfMemory.
     void CreateForm(const WindowKind& kind, const WindowFrame& frame);
+    /// Moves a form that has just been made so that its upper left corner, and as much of the rest as there
+    /// is room for, lies on the screen.
+    void KeepTitleBarOnScreen() const;
+    /// The screen without the task bar.
+    static RECT WorkArea();
     /// A visible control of the form, or of a page of it. Throws kOutOfMemory.
     HWND CreateControl(const ControlFrame& frame, HWND parent, HFONT font) const;
 

@@ -30,13 +30,18 @@ void WindowBase::Create(const WindowKind& kind, const WindowFrame& frame) {
     windowClass.hInstance = instance;
     windowClass.hCursor = LoadCursorA(nullptr, MAKEINTRESOURCEA(32512));  // the arrow
     windowClass.hbrBackground = kind.background;
-    windowClass.hIcon = kind.icon;
+    windowClass.hIcon = kind.icons.bigIcon;
     windowClass.lpszClassName = kind.name;
     RegisterClassA(&windowClass);  // fails the second time, which is as good
     if (CreateWindowExA(frame.extendedStyle, kind.name, frame.caption, frame.style, frame.x, frame.y,
                         frame.width, frame.height, frame.parent,
                         reinterpret_cast<HMENU>(static_cast<INT_PTR>(frame.id)), instance, this) == nullptr) {
         throw RunTimeError(RunTimeError::kOutOfMemory);
+    }
+    if (kind.icons.smallIcon != nullptr) {
+        // The class has room for the big one alone; shrunk, it is what the title bar would show.
+        SendMessageA(m_window, WM_SETICON, ICON_SMALL, reinterpret_cast<LPARAM>(kind.icons.smallIcon));
+        SendMessageA(m_window, WM_SETICON, ICON_BIG, reinterpret_cast<LPARAM>(kind.icons.bigIcon));
     }
 }
 

@@ -14,11 +14,17 @@ namespace kestrelguard {
 /// Tells the user of an error that left a handler. The window owns the box; null when it is gone.
 using ErrorReport = std::function<void(HWND, const RunTimeError&)>;
 
+/// One picture in the two sizes that the system asks for. They belong to the caller.
+struct WindowIcons {
+    HICON bigIcon = nullptr;
+    HICON smallIcon = nullptr;
+};
+
 /// What a kind of window has in common.
 struct WindowKind {
     const char* name;
     HBRUSH background = nullptr;
-    HICON icon = nullptr;
+    WindowIcons icons = {};
 };
 
 /// One window of a kind.

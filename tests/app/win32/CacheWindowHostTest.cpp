@@ -56,7 +56,7 @@ struct CacheWindowHostTest : testing::Test {
     bool ShowCookiesOnly = false;
     std::vector<std::int32_t> errors;
     CacheWindowHost host{
-        {.icon = nullptr,
+        {.icons = {},
          .cache = walk,
          .windows = windows,
          .locale = locale,

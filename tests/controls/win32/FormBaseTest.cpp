@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
 #include <vector>
+
+#include "controls/win32/SubclassedControl.h"
 
 namespace kestrelguard {
 namespace {
@@ -17,7 +20,8 @@ enum Id : int { kFirst = 100, kField, kOne, kOther, kThird, kButton };
 class SmallForm final : public FormBase {
  public:
     SmallForm() : FormBase({}) {
-        CreateForm({.name = "SmallForm"}, {.style = WS_OVERLAPPEDWINDOW, .width = 300, .height = 300});
+        CreateForm({.name = "SmallForm", .icons = {Big(), Little()}},
+                   {.style = WS_OVERLAPPEDWINDOW, .width = 300, .height = 300});
         Make(kField, "Edit", WS_TABSTOP);
         Make(kOne, "Button", BS_AUTORADIOBUTTON | WS_GROUP | WS_TABSTOP);
         Make(kOther, "Button", BS_AUTORADIOBUTTON);
@@ -25,8 +29,11 @@ class SmallForm final : public FormBase {
         Make(kButton, "Button", BS_PUSHBUTTON | WS_GROUP | WS_TABSTOP);
     }
 
+    static HICON Big() { return LoadIconA(nullptr, MAKEINTRESOURCEA(32512)); }
+    static HICON Little() { return LoadIconA(nullptr, MAKEINTRESOURCEA(32514)); }
     HWND Window() const { return Handle(); }
     HWND Control(int id) const { return GetDlgItem(Handle(), id); }
+    void Keep() const { KeepTitleBarOnScreen(); }
     std::vector<WPARAM> uiStates;
     std::vector<int> turns;
 
@@ -85,6 +92,52 @@ TEST_F(FormBaseTest, TheFocusIsHiddenUntilTheFirstKey) {
     Press(form.Control(kField), 'A');
     ASSERT_LE(2U, form.uiStates.size());
     EXPECT_EQ(form.uiStates[1], kClearFocusAndKeys);
+}
+
+TEST_F(FormBaseTest, TheWindowHasItsIconInBothSizes) {
+    const auto icon = [this](WPARAM size) {
+        return reinterpret_cast<HICON>(SendMessageA(form.Window(), WM_GETICON, size, 0));
+    };
+    EXPECT_EQ(icon(ICON_BIG), SmallForm::Big());
+    EXPECT_EQ(icon(ICON_SMALL), SmallForm::Little());
+}
+
+TEST_F(FormBaseTest, ItComesToLieOnTheScreen) {
+    RECT work = {};
+    SystemParametersInfoA(SPI_GETWORKAREA, 0, &work, 0);
+    const auto kept = [&](int x, int y, int width, int height) {
+        SetWindowPos(form.Window(), nullptr, x, y, width, height, SWP_NOZORDER);
+        form.Keep();
+        RECT place = {};
+        GetWindowRect(form.Window(), &place);
+        return std::pair<int, int>(place.left, place.top);
+    };
+    EXPECT_EQ(kept(work.left + 10, work.top + 20, 200, 100),
+              std::pair(int(work.left) + 10, int(work.top) + 20));
+    EXPECT_EQ(kept(work.left - 10, work.top - 20, 200, 100), std::pair(int(work.left), int(work.top)));
+    EXPECT_EQ(kept(work.right - 10, work.bottom - 20, 200, 100),
+              std::pair(int(work.right) - 200, int(work.bottom) - 100));
+    EXPECT_EQ(kept(50, 50, work.right - work.left + 1, 100), std::pair(int(work.left), 50))
+        << "cut at its right";
+}
+
+/// Counts what a control is told of changed colours.
+class ColourWatch final : SubclassedControl {
+ public:
+    explicit ColourWatch(HWND control) { Subclass(control); }
+    int told = 0;
+
+ private:
+    std::optional<LRESULT> OnControlMessage(UINT message, WPARAM, LPARAM) noexcept override {
+        told += message == WM_SYSCOLORCHANGE ? 1 : 0;
+        return std::nullopt;
+    }
+};
+
+TEST_F(FormBaseTest, ChangedColoursAreToldToTheControls) {
+    const ColourWatch watch(form.Control(kField));
+    SendMessageA(form.Window(), WM_SYSCOLORCHANGE, 0, 0);
+    EXPECT_EQ(watch.told, 1);
 }
 
 TEST_F(FormBaseTest, KeysTurnPages) {
