@@ -58,6 +58,19 @@ bool Guard::WaitReady(DWORD limit) {
     return started && m_window != nullptr && Ask(m_window, WM_NULL, 0, 0, answer, limit);
 }
 
+bool Guard::WaitPosted(DWORD limit) const {
+    // Something that is posted behind and can be seen: a button that is drawn pressed for a moment.
+    const HWND button = Button(L"?");
+    for (const WPARAM pressed : {TRUE, FALSE}) {
+        PostMessageW(button, BM_SETSTATE, pressed, 0);
+        const LRESULT expected = pressed != FALSE ? BST_PUSHED : 0;
+        if (!WaitUntil([&] { return (Ask(button, BM_GETSTATE) & BST_PUSHED) == expected; }, limit)) {
+            return false;
+        }
+    }
+    return true;
+}
+
 const Hook& Guard::Inside() {
     if (!m_hook) {
         m_hook = std::make_unique<Hook>(m_program);
@@ -150,7 +163,7 @@ std::wstring Guard::Tip() {
     PointAtTrayIcon(*icon);
     // The message goes to the task bar, from there to the program, and its answer back to the task bar.
     Ask(icon->bar, WM_NULL);
-    Ask(m_window, WM_NULL);
+    WaitPosted();
     Ask(icon->bar, WM_NULL);
     const auto now = Icon();
     return now ? now->tip : std::wstring();

@@ -55,6 +55,9 @@ class Guard {
     /// The main window; null before WaitReady.
     HWND Window() const { return m_window; }
     const Hook& Inside();
+    /// Waits until it has worked off what was posted to it before, which a question that is sent overtakes.
+    /// False after the limit (milliseconds).
+    bool WaitPosted(DWORD limit = kLimit) const;
 
     // Its controls, by what a person sees.
     HWND Find(const wchar_t* type, const std::wstring& text) const {

@@ -177,7 +177,7 @@ TEST_F(TreeDesktopTest, AClickOnABrowserRestartsNothing) {
     const int advises = one.Sinks().advises;
     ClickNode(guard.Tree(), Node(guard, 1));
     ASSERT_TRUE(WaitUntil([&] { return SelectedText(guard) == L"Browser "; }));
-    Ask(guard.Window(), WM_NULL);
+    EXPECT_TRUE(guard.WaitPosted());
     EXPECT_EQ(one.Sinks().advises, advises);
 }
 
@@ -254,7 +254,7 @@ TEST_F(TreeDesktopTest, CloseOnTheRootDoesNothing) {
     ClickNode(guard.Tree(), Node(guard, 1), true);
     ASSERT_TRUE(guard.Inside().WaitMenu());
     ASSERT_TRUE(guard.Inside().Choose(kClose));
-    Ask(guard.Window(), WM_NULL);
+    EXPECT_TRUE(guard.WaitPosted());
     EXPECT_EQ(m_desktop.OpenBrowsers().size(), 1U);
     EXPECT_FALSE(FindMessageBox(guard.Program().Id()));
 }

@@ -1,0 +1,70 @@
+// "Cancel" after an edit of the banned words: the text of the file comes back, the words in force stay, and
+// the edit is remembered.
+
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <string>
+
+#include "RunningGuard.h"
+#include "desktop/Desktop.h"
+
+namespace kestrelguard::testing {
+namespace {
+
+using desktop::Browser;
+
+constexpr wchar_t kMinimisedBox[] = L"Open Kestrelguard Minimized (in the system tray)";
+
+class CancelDesktopTest : public ::testing::Test {
+ protected:
+    Browser& Watched() {
+        Browser& browser = m_desktop.OpenBrowser();
+        EXPECT_TRUE(WaitUntil([&] { return browser.Sinks().connected == 1; }));
+        return browser;
+    }
+    /// Edits the banned words and cancels.
+    static void EditAndCancel(RunningGuard& guard, const wchar_t* words) {
+        TypeText(guard.Edits()[1], words);
+        ASSERT_TRUE(Enabled(guard.Apply()));
+        ClickAndWait(guard.Button(L"Cancel"));
+        ASSERT_TRUE(WaitUntil([&] { return guard.Minimised(); }));
+        EXPECT_FALSE(Enabled(guard.Apply()));
+    }
+    static bool Bans(Browser& browser, const wchar_t* title) {
+        const std::size_t before = browser.NavigateCalls().size();
+        EXPECT_EQ(S_OK, browser.FireTitleChange(title).hr);
+        return browser.NavigateCalls().size() > before;
+    }
+
+    desktop::Apartment m_apartment;
+    desktop::StandInDesktop m_desktop;
+};
+
+TEST_F(CancelDesktopTest, TheWordsOfTheFileComeBack) {
+    RunningGuard guard("SS2/:/:y/:/:Poker -dice\r\n");
+    Browser& browser = Watched();
+    EditAndCancel(guard, L"roulette -bingo");
+    EXPECT_EQ(L"Poker -dice", TextOf(guard.Edits()[1]));
+    EXPECT_TRUE(Bans(browser, L"Poker for all"));
+    EXPECT_TRUE(Bans(browser, L"Dice for all"));
+    EXPECT_FALSE(Bans(browser, L"Roulette for all"));
+    EXPECT_TRUE(guard.EndsWell());
+    EXPECT_EQ("y/:/:Poker -dice", guard.Setting("SS2"));
+}
+
+TEST_F(CancelDesktopTest, ALoneWordOfTheFileDoesNotComeBackAndTheEditActsWithTheNextApply) {
+    RunningGuard guard("SS2/:/:y/:/:poker\r\n");
+    Browser& browser = Watched();
+    EditAndCancel(guard, L"roulette -bingo");
+    EXPECT_EQ(L"roulette -bingo", TextOf(guard.Edits()[1]));
+    EXPECT_FALSE(Bans(browser, L"Roulette for all"));
+    // Any other change that is applied takes the edited words along.
+    ClickAndWait(guard.Button(kMinimisedBox));
+    ClickAndWait(guard.Apply());
+    EXPECT_TRUE(Bans(browser, L"Roulette for all"));
+    EXPECT_EQ("y/:/:roulette -bingo", guard.Setting("SS2"));
+}
+
+}  // namespace
+}  // namespace kestrelguard::testing
