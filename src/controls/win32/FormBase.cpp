@@ -177,6 +177,13 @@ std::optional<LRESULT> FormBase::OnMessage(UINT message, WPARAM wParam, LPARAM /
             return std::nullopt;
         case WM_CLOSE:
             return 0;  // a form that can be closed says how
+        case WM_CTLCOLORSTATIC: {
+            // The system would write in the colour of text in windows, which need not stand out from this.
+            const auto context = reinterpret_cast<HDC>(wParam);
+            SetTextColor(context, GetSysColor(COLOR_BTNTEXT));
+            SetBkColor(context, GetSysColor(COLOR_BTNFACE));
+            return reinterpret_cast<LRESULT>(GetSysColorBrush(COLOR_BTNFACE));
+        }
         case WM_SYSCOLORCHANGE:
             // Told to the forms alone; common controls want to know it.
             EnumChildWindows(Handle(), TellColourChange, 0);

@@ -140,6 +140,17 @@ TEST_F(FormBaseTest, ChangedColoursAreToldToTheControls) {
     EXPECT_EQ(watch.told, 1);
 }
 
+TEST_F(FormBaseTest, LabelsAreWrittenInTheColoursOfTheForm) {
+    const HDC context = GetDC(form.Window());
+    SetTextColor(context, RGB(1, 2, 3));
+    const LRESULT brush = SendMessageA(form.Window(), WM_CTLCOLORSTATIC, reinterpret_cast<WPARAM>(context),
+                                       reinterpret_cast<LPARAM>(form.Control(kField)));
+    EXPECT_EQ(reinterpret_cast<HBRUSH>(brush), GetSysColorBrush(COLOR_BTNFACE));
+    EXPECT_EQ(GetTextColor(context), GetSysColor(COLOR_BTNTEXT));
+    EXPECT_EQ(GetBkColor(context), GetSysColor(COLOR_BTNFACE));
+    ReleaseDC(form.Window(), context);
+}
+
 TEST_F(FormBaseTest, KeysTurnPages) {
     Show();
     const HWND field = form.Control(kField);
