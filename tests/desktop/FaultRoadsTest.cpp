@@ -148,7 +148,7 @@ class FaultRoadsTest : public ::testing::Test {
             // Without its list the program hears of no window: a double click on the root begins anew.
             ASSERT_TRUE(WaitDespiteBoxes([this] { return Answers(); }));
             if (!OneSinkEach()) {
-                ++m_helped;
+                m_helped.insert(m_what);
                 const HWND tree = m_guard->Tree();
                 DoubleClickNode(tree, TreeNodes(tree).at(0).item);
                 ASSERT_TRUE(WaitDespiteBoxes([&] { return TreeIsNew(tree); }));
@@ -190,6 +190,7 @@ class FaultRoadsTest : public ::testing::Test {
                 const std::string what = std::string(road) + ", call " + std::to_string(position) + " of " +
                                          std::to_string(count) + " (" + name + ") " + kKindNames[kind];
                 SCOPED_TRACE(what);
+                m_what = what;
                 Prepare();
                 ASSERT_FALSE(HasFatalFailure());
                 m_atList = name.starts_with("List.") || name.starts_with("Enumeration.") ||
@@ -204,8 +205,9 @@ class FaultRoadsTest : public ::testing::Test {
         }
         RecordProperty("calls", count);
         RecordProperty("tried", m_tried);
-        std::printf("%s: %d calls, %d faults tried, %d double clicks, boxes: %s\n", road, count, m_tried,
-                    m_helped, ::testing::PrintToString(m_boxes).c_str());
+        std::printf("%s: %d calls, %d faults tried, double clicks after %s, boxes: %s\n", road, count,
+                    m_tried, ::testing::PrintToString(m_helped).c_str(),
+                    ::testing::PrintToString(m_boxes).c_str());
     }
 
     desktop::Apartment m_apartment;
@@ -214,8 +216,9 @@ class FaultRoadsTest : public ::testing::Test {
     std::unique_ptr<Guard> m_guard;
     std::set<std::wstring> m_boxes;
     bool m_startsItself = false;
-    bool m_atList = false;  ///< whether the call may have been one to the list of windows
-    int m_helped = 0;
+    bool m_atList = false;           ///< whether the call may have been one to the list of windows
+    std::set<std::string> m_helped;  ///< where a double click had to begin anew
+    std::string m_what;
     int m_tried = 0;
 };
 
