@@ -330,9 +330,13 @@ class Walk {
         m_model.keywordsEdited = true;
         m_model.apply = true;
     }
+    /// By way of another one: the counters are shown anew when the first tab is chosen.
     void FirstTab() {
         m_model.ShowCounters();
+        ClickTab(m_guard->Tabs(), 1);
+        Expect(WaitUntil([&] { return SelectedTab(m_guard->Tabs()) == 1; }), "the second tab is not chosen");
         ClickTab(m_guard->Tabs(), 0);
+        Expect(WaitUntil([&] { return SelectedTab(m_guard->Tabs()) == 0; }), "the first tab is not chosen");
     }
     void DoubleClickRoot() {
         // Where nothing would tell the end of it, it is left out.
