@@ -79,11 +79,6 @@ struct LibraryTraits {
     static Type Invalid() noexcept { return nullptr; }
     static void Close(Type object) noexcept { FreeLibrary(object); }
 };
-struct LocalBlockTraits {
-    using Type = HLOCAL;
-    static Type Invalid() noexcept { return nullptr; }
-    static void Close(Type object) noexcept { LocalFree(object); }
-};
 template <class Gdi>
 struct GdiTraits {
     using Type = Gdi;
@@ -97,7 +92,6 @@ using Window = Owner<WindowTraits>;
 using Menu = Owner<MenuTraits>;
 using Icon = Owner<IconTraits>;
 using Library = Owner<LibraryTraits>;
-using LocalBlock = Owner<LocalBlockTraits>;
 using Font = Owner<GdiTraits<HFONT>>;
 using Bitmap = Owner<GdiTraits<HBITMAP>>;
 
