@@ -42,7 +42,9 @@ void ProgramLife::Close() {
 }
 
 void ProgramLife::EndSession() {
-    if (m_phase == Phase::Over) {
+    if (m_phase == Phase::New) {
+        m_closeWanted = true;  // there is nothing to lose yet, and nothing that could be ended
+    } else if (m_phase == Phase::Over) {
         m_parts.leave();  // a failed start, whose box is still open
     } else {
         End(false);

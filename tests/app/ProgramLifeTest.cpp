@@ -104,6 +104,14 @@ TEST_F(ProgramLifeTest, AStepThatFailsAfterACloseIsQuiet) {
     EXPECT_EQ(log, "abbxyz!");
 }
 
+TEST_F(ProgramLifeTest, WhatComesBeforeTheStartWaitsForIt) {
+    life.EndSession();
+    EXPECT_EQ(log, "") << "the rooms may not be there yet";
+    life.Start();
+    EXPECT_EQ(log, "xyz!");
+    EXPECT_FALSE(life.Running());
+}
+
 TEST_F(ProgramLifeTest, AFailedStartThrowsAndEndsNothing) {
     Fail('b', [] { throw RunTimeError(RunTimeError::kPathFileAccess); });
     EXPECT_THROW(life.Start(), RunTimeError);
