@@ -227,6 +227,8 @@ void UpdateCheck::ZEV_PLI_DataArrival(std::int32_t /*bytesTotal*/) {
     }
     m_data.updateOffered = true;
     m_data.checkBusy = false;
+    // Before the notice, which may stand for days.
+    ErrorsIgnored([&] { m_program.WriteSettings(); });
     const std::wstring offered(Trim(std::wstring_view(reply).substr(token.size())));
     // Kept: compared as plain text, so that 2.0.99 is newer than 2.0.113.
     if (m_data.versionText < offered) {

@@ -28,6 +28,8 @@ class UpdateProgram {
     virtual std::int32_t UseCount() const = 0;
     /// The main window's caption.
     virtual std::wstring MainWindowText() const = 0;
+    /// Writes the settings file.
+    virtual void WriteSettings() = 0;
     /// Starts ZEVUpdate.exe of the program's folder, with a normal window.
     virtual void StartUpdater(const std::wstring& arguments) = 0;
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -19,9 +20,18 @@ struct FakeUpdateClock : UpdateClock {
 struct FakeUpdateProgram : UpdateProgram {
     std::int32_t useCount = 7;
     std::vector<std::wstring> started;
+    int settingsWritten = 0;
+    /// Runs when the settings are written.
+    std::function<void()> whenWritten;
     std::int32_t UseCount() const override { return useCount; }
     std::wstring MainWindowText() const override { return L"Kestrelguard"; }
     void StartUpdater(const std::wstring& arguments) override { started.push_back(arguments); }
+    void WriteSettings() override {
+        ++settingsWritten;
+        if (whenWritten) {
+            whenWritten();
+        }
+    }
 };
 
 /// An update check with everything around it.

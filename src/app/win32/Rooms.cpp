@@ -126,7 +126,7 @@ Rooms::Rooms(FormWindow& form)
              .titleBlocking = titleBlocking,
              .settings = settings,
              .washer = washer}),
-      updateHost(form.Handle(), lasting),
+      updateHost(form.Handle(), lasting, settings),
       zev([&form](const RunTimeError& error) { ShowRunTimeError(form.Handle(), error); }),
       ZEV_PLI([&form](const RunTimeError& error) { ShowRunTimeError(form.Handle(), error); }),
       updateCheck({.zev = zev,

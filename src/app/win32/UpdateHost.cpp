@@ -16,6 +16,11 @@ std::wstring UpdateHost::MainWindowText() const {
     return WindowText(m_form);
 }
 
+void UpdateHost::WriteSettings() {
+    std::wstring mode = L"Write";
+    m_settings.SettingsFile(mode);
+}
+
 void UpdateHost::StartUpdater(const std::wstring& arguments) {
     StartUpdaterProgram(arguments);
 }
