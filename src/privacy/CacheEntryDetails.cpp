@@ -10,9 +10,6 @@ namespace {
 
 constexpr std::size_t kShownFileName = 75;
 
-/// The year of an empty file time.
-constexpr int kEmptyYear = 1601;
-
 std::wstring TimeText(const CacheTime& time) {
     return time.year == kEmptyYear ? std::wstring(details_texts::kNoValue) : time.date + L" " + time.time;
 }

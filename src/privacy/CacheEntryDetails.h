@@ -5,6 +5,9 @@
 
 namespace kestrelguard {
 
+/// The year of an empty file time, and of one that has no calendar fields.
+inline constexpr int kEmptyYear = 1601;
+
 /// A file time as calendar fields in its own zone (UTC): the year, and the texts in the user's short formats.
 struct CacheTime {
     int year = 0;

@@ -230,7 +230,8 @@ bool KG_IECache::Visit(const CacheEntryHead& head, const Task& task, CircleDetec
     bool hide = CacheFileCount >= kFirstUnlistedEntry;
     if (ToBeDeleted(address, task)) {
         hide = true;
-        DeleteCacheEntry(address);
+        // Not by the text, which has gone through the code page.
+        Delete(address, m_ansiAddress.c_str());
     }
     if (task.list != nullptr) {
         const bool cookie = Contains(address, kCookieMark);
@@ -255,11 +256,14 @@ bool KG_IECache::ToBeDeleted(const std::wstring& address, const Task& task) cons
 }
 
 void KG_IECache::DeleteCacheEntry(const std::wstring& SourceUrl) {
-    std::int32_t& count = Contains(SourceUrl, kLooseCookieMark) ? CacheCookieCount : CacheFileCount;
+    Delete(SourceUrl, m_platform.text.ToAnsi(SourceUrl).c_str());
+}
+
+void KG_IECache::Delete(const std::wstring& address, const char* bytes) {
+    std::int32_t& count = Contains(address, kLooseCookieMark) ? CacheCookieCount : CacheFileCount;
     count = CheckedSubtract(count, 1);
     bool deleted = false;
-    ErrorsIgnored(
-        [&] { deleted = m_platform.cache.DeleteUrlCacheEntryA(m_platform.text.ToAnsi(SourceUrl).c_str()); });
+    ErrorsIgnored([&] { deleted = m_platform.cache.DeleteUrlCacheEntryA(bytes); });
     if (!deleted && !GroupsFlushed) {
         GroupsFlushed = true;
         FlushGroups();

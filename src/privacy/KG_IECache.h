@@ -71,6 +71,7 @@ class KG_IECache final : public CacheWalk {
     void WalkEntries(EntryFind& find, EntryBuffer& buffer, const Task& task);
     bool Visit(const CacheEntryHead& head, const Task& task, class CircleDetector& circle);
     void CopyText(const char* p, std::wstring& text);
+    void Delete(const std::wstring& address, const char* bytes);
     bool ToBeDeleted(const std::wstring& address, const Task& task) const;
     void FlushGroups();
 

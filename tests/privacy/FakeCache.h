@@ -200,7 +200,7 @@ class FakeCache : public UrlCache, public UrlCacheGroups, public LocalMemory, pu
     std::string ToAnsi(std::wstring_view text) override {
         std::string narrow;
         for (const wchar_t letter : text) {
-            narrow += static_cast<char>(letter);
+            narrow += lossyText && letter > 0x7F ? '?' : static_cast<char>(letter);
         }
         return narrow;
     }
@@ -208,6 +208,8 @@ class FakeCache : public UrlCache, public UrlCacheGroups, public LocalMemory, pu
     std::deque<Entry> entries;
     std::vector<std::int64_t> groups;
     bool endlessGroups = false;
+    /// Whether letters beyond the 7 bits are lost on their way back into 8-bit text.
+    bool lossyText = false;
     /// The last error value behind a next group that was found.
     std::uint32_t nextGroupLeaves = 0;
     std::vector<std::int64_t> deletedGroups;

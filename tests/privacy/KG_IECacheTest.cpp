@@ -135,6 +135,14 @@ TEST_F(KG_IECacheTest, CookiesOnlyListsCookies) {
     EXPECT_EQ(windows.countLabel.text, L"Internet Explorer Cache 4 Files; 2 Cookies...");
 }
 
+TEST_F(KG_IECacheTest, AnEntryIsDeletedByTheBytesOfItsAddress) {
+    cache.Add("http://caf\xE9.example/");
+    cache.lossyText = true;
+    Walk(false, true, false);
+    EXPECT_TRUE(cache.Left().empty());
+    EXPECT_FALSE(walk.GroupsFlushed);
+}
+
 TEST_F(KG_IECacheTest, ClearingFilesSparesEveryCookie) {
     FillUsual();
     cache.Add("http://shop.example/?return=Cookie:1");

@@ -25,9 +25,13 @@ HMODULE Library() noexcept {
                                                              : static_cast<HMODULE>(place.AllocationBase);
 }
 
-bool DeleteUrlCacheEntryA(const char* address) {
+DWORD DeleteUrlCacheEntryA(const char* address) {
     static DeleteEntry* const function = DeletionEntryPoint();
-    return function(address) != FALSE;
+    if (function(address) != FALSE) {
+        return ERROR_SUCCESS;
+    }
+    const DWORD error = GetLastError();
+    return error != ERROR_SUCCESS ? error : static_cast<DWORD>(ERROR_GEN_FAILURE);
 }
 
 }  // namespace kestrelguard::wininet

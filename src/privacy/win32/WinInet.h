@@ -22,8 +22,8 @@ Function* EntryPoint(const char* name) {
     return reinterpret_cast<Function*>(reinterpret_cast<void*>(address));
 }
 
-/// The function of that name; its older name without the "A" where that is all there is. Sets the thread's
-/// last error when it answers false. Throws kEntryPointNotFound.
-bool DeleteUrlCacheEntryA(const char* address);
+/// The function of that name; its older name without the "A" where that is all there is. Answers 0, or the
+/// thread's last error, taken before anything else can set it. Throws kEntryPointNotFound.
+DWORD DeleteUrlCacheEntryA(const char* address);
 
 }  // namespace kestrelguard::wininet

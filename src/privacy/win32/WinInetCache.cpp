@@ -61,9 +61,8 @@ bool WinInetCache::FindCloseUrlCache(void* find) noexcept {
 }
 
 bool WinInetCache::DeleteUrlCacheEntryA(const char* address) {
-    const bool deleted = wininet::DeleteUrlCacheEntryA(address);
-    m_lastError = GetLastError();
-    return deleted;
+    m_lastError = wininet::DeleteUrlCacheEntryA(address);
+    return m_lastError == ERROR_SUCCESS;
 }
 
 void* WinInetCache::FindFirstUrlCacheGroup(std::uint32_t flags, std::uint32_t filter, void* condition,

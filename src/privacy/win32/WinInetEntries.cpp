@@ -34,8 +34,11 @@ std::wstring Formatted(Format format, DWORD style, const SYSTEMTIME& time) {
 
 CacheTime CacheTimeOf(const FILETIME& fileTime) {
     SYSTEMTIME time = {};
-    FileTimeToSystemTime(&fileTime, &time);
     CacheTime cacheTime;
+    if (!FileTimeToSystemTime(&fileTime, &time)) {
+        cacheTime.year = kEmptyYear;
+        return cacheTime;
+    }
     cacheTime.year = time.wYear;
     cacheTime.date = Formatted(GetDateFormatA, DATE_SHORTDATE | LOCALE_USE_CP_ACP, time);
     cacheTime.time = Formatted(GetTimeFormatA, TIME_NOSECONDS | LOCALE_USE_CP_ACP, time);
@@ -45,11 +48,7 @@ CacheTime CacheTimeOf(const FILETIME& fileTime) {
 }  // namespace
 
 std::uint32_t WinInetEntries::DeleteUrlCacheEntryA(const std::wstring& address) {
-    if (wininet::DeleteUrlCacheEntryA(ToAnsi(address).c_str())) {
-        return 0;
-    }
-    const DWORD error = GetLastError();
-    return error != 0 ? error : static_cast<DWORD>(ERROR_GEN_FAILURE);
+    return wininet::DeleteUrlCacheEntryA(ToAnsi(address).c_str());
 }
 
 std::wstring WinInetEntries::SystemMessage(std::uint32_t error) const {
