@@ -4,6 +4,8 @@
 
 #include "browsertree/Texts.h"
 #include "runtime/ErrorsIgnored.h"
+#include "runtime/FirstFailure.h"
+#include "runtime/Flagged.h"
 #include "runtime/Numbers.h"
 #include "runtime/Text.h"
 
@@ -20,18 +22,6 @@ std::wstring BrowserKey(std::int32_t handle) {
 std::wstring DetailKey(const std::wstring& browserKey, const std::wstring& suffix) {
     return browserKey + tree_texts::kKeySeparator + suffix;
 }
-
-/// True while it lives.
-class Flag {
- public:
-    explicit Flag(bool& flag) : m_flag(flag) { m_flag = true; }
-    ~Flag() { m_flag = false; }
-    Flag(const Flag&) = delete;
-    Flag& operator=(const Flag&) = delete;
-
- private:
-    bool& m_flag;
-};
 
 }  // namespace
 
@@ -52,31 +42,40 @@ void BrowserTree::RefreshBrowserTree() {
         m_rebuildAgain = true;
         return;
     }
-    const Flag rebuilding(m_rebuilding);
+    const Flagged rebuilding(m_rebuilding);
+    FirstFailure failure;
     do {
         m_rebuildAgain = false;
-        try {
-            Rebuild();
-        } catch (const RunTimeError&) {
-            // A window that closed under the rebuild has said so: the next round will not meet it.
-            if (!m_rebuildAgain) {
-                throw;
-            }
-        }
+        failure.Try([this] { Rebuild(); });
     } while (m_rebuildAgain);
+    failure.Rethrow();
 }
 
 void BrowserTree::Rebuild() {
     Tree& tree = m_parts.tvBrowsers;
     m_parts.IEEvents1.SetEnabled(true);
     tree.Clear();
+    m_createdMeanwhile = false;
     tree.Add({}, tree_texts::kRootKey, tree_texts::kAllInstances, tree_images::kRoot);
     tree.Expand(tree_texts::kRootKey);
     ShowCount();
     for (const std::shared_ptr<Browser>& browser : m_parts.IEEvents1.Browsers()) {
-        AddBrowserNode(*browser, tree_texts::kRebuiltBrowser);
-        AddTitleNode(*browser);
-        AddAddressNode(*browser);
+        AddUnlessThere([&] { AddBrowserNode(*browser, tree_texts::kRebuiltBrowser); });
+        AddUnlessThere([&] { AddTitleNode(*browser); });
+        AddUnlessThere([&] { AddAddressNode(*browser); });
+    }
+}
+
+/// A key that is taken fails the rebuild, unless an event has come in between: then the node may be the
+/// event's.
+template <class Add>
+void BrowserTree::AddUnlessThere(Add&& add) {
+    try {
+        add();
+    } catch (const RunTimeError& error) {
+        if (!m_createdMeanwhile || error.Number() != RunTimeError::kKeyNotUnique) {
+            throw;
+        }
     }
 }
 
@@ -111,26 +110,19 @@ void BrowserTree::SetBrowserNodeText(const Browser& browser, const std::wstring&
 }
 
 void BrowserTree::BrowserCreated(const Browser& browser) {
-    if (m_rebuilding) {
-        m_rebuildAgain = true;
-        return;
-    }
+    m_createdMeanwhile = true;
     ErrorsIgnored([&] { ShowCount(); }, [&] { AddBrowserNode(browser, tree_texts::kCreatedBrowser); },
                   [&] { AddTitleNode(browser); }, [&] { AddAddressNode(browser); });
 }
 
 void BrowserTree::BrowserDestroyed() {
-    if (m_rebuilding) {
-        m_rebuildAgain = true;
-        return;
-    }
     ErrorsIgnored([&] { ShowCount(); });
     // Looking for the node lets events in: another window that goes meanwhile has its turn afterwards.
     ++m_windowsGone;
     if (m_removing) {
         return;
     }
-    const Flag removing(m_removing);
+    const Flagged removing(m_removing);
     while (m_windowsGone > 0) {
         --m_windowsGone;
         ErrorsIgnored([&] { RemoveFirstStaleNode(); });

@@ -71,15 +71,16 @@ class BrowserTree {
 
     explicit BrowserTree(const Parts& parts) : m_parts(parts) {}
 
-    /// Switches watching on and rebuilds all nodes. A failing step leaves the rest unbuilt and throws.
-    /// Reading a browser lets events in: a window that comes or goes meanwhile makes it start over.
+    /// Switches watching on and rebuilds all nodes. A failing step leaves the rest unbuilt and throws, also
+    /// when a window that has gone meanwhile is the reason. Reading a browser lets events in: each adds or
+    /// removes its own nodes at once. A rebuild that is asked for within another one is done after it.
     void RefreshBrowserTree();
 
     /// Sets the text of one detail node; `suffix` is "TITLE" or "URL". Nothing happens when the tree does not
     /// show that browser.
     void SetBrowserNodeText(const Browser& browser, const std::wstring& suffix, const std::wstring& text);
 
-    // The handlers below ignore errors, step by step.
+    // The handlers below ignore errors, step by step, and may be called in the middle of a rebuild.
     void BrowserCreated(const Browser& browser);
     void BrowserDestroyed();
     void tvBrowsers_Click();
@@ -91,6 +92,8 @@ class BrowserTree {
 
  private:
     void Rebuild();
+    template <class Add>
+    void AddUnlessThere(Add&& add);
     void ShowCount();
     void AddBrowserNode(const Browser& browser, const std::wstring& text);
     void AddTitleNode(const Browser& browser);
@@ -102,6 +105,8 @@ class BrowserTree {
     Parts m_parts;
     bool m_rebuilding = false;
     bool m_rebuildAgain = false;
+    /// Whether a created browser was told since the tree was cleared for the last rebuild.
+    bool m_createdMeanwhile = false;
     bool m_removing = false;
     int m_windowsGone = 0;
 };

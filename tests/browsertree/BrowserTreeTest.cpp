@@ -284,18 +284,33 @@ TEST_F(BrowserTreeTest, MoreBrowsersThanTheCountHoldsFailARebuild) {
     EXPECT_EQ(Seen(), Picture{L"All Instances"});
 }
 
-TEST_F(BrowserTreeTest, AWindowThatComesDuringARebuildLeadsToOneMoreRebuild) {
+/// The event adds its nodes itself, in its own spelling; the rebuild goes on with the windows that it found.
+TEST_F(BrowserTreeTest, AWindowThatComesDuringARebuildIsAddedByItsEvent) {
     const auto first = Open(11);
     first->meanwhile = [&] { browserTree.BrowserCreated(*Open(12)); };
     log.clear();
     browserTree.RefreshBrowserTree();
-    EXPECT_EQ(std::count(log.begin(), log.end(), L"clear"), 2);
-    EXPECT_EQ(Seen(), (Picture{L"Windows Browsers (2)", L"- Browser ", L"- - Title : News",
-                               L"- - URL : http://news.example/", L"- Browser ", L"- - Title : News",
-                               L"- - URL : http://news.example/"}));
+    EXPECT_EQ(std::count(log.begin(), log.end(), L"clear"), 1);
+    const Picture seen = Seen();
+    EXPECT_EQ(std::count(seen.begin(), seen.end(), L"- Browser"), 1);
+    EXPECT_EQ(std::count(seen.begin(), seen.end(), L"- Browser "), 1);
+    EXPECT_EQ(seen.size(), 7U);
+    EXPECT_EQ(seen.front(), L"Windows Browsers (2)");
 }
 
-TEST_F(BrowserTreeTest, AWindowThatGoesDuringARebuildDoesNotFailIt) {
+/// A window that the rebuild will come to was added by its event: one node, in the event's spelling.
+TEST_F(BrowserTreeTest, ANodeThatAnEventAddedFirstIsLeftAsItIs) {
+    const auto first = Open(11);
+    const auto second = Open(12);
+    first->meanwhile = [&] { browserTree.BrowserCreated(*second); };
+    browserTree.RefreshBrowserTree();
+    const Picture seen = Seen();
+    EXPECT_EQ(std::count(seen.begin(), seen.end(), L"- Browser"), 1);
+    EXPECT_EQ(std::count(seen.begin(), seen.end(), L"- Browser "), 1);
+    EXPECT_EQ(seen.size(), 7U);
+}
+
+TEST_F(BrowserTreeTest, AWindowThatDiesDuringARebuildFailsIt) {
     const auto first = Open(11);
     const auto second = Open(12);
     Faults dead;
@@ -305,9 +320,47 @@ TEST_F(BrowserTreeTest, AWindowThatGoesDuringARebuildDoesNotFailIt) {
         second->faults = &dead;
         browserTree.BrowserDestroyed();
     };
-    browserTree.RefreshBrowserTree();
+    try {
+        browserTree.RefreshBrowserTree();
+        ADD_FAILURE();
+    } catch (const RunTimeError& error) {
+        EXPECT_EQ(error.Number(), kDied);
+    }
+    // The event has done its own part: the count.
     EXPECT_EQ(Seen(), (Picture{L"Windows Browsers (1)", L"- Browser ", L"- - Title : News",
                                L"- - URL : http://news.example/"}));
+}
+
+/// The first window's node is there when the window goes, and goes with its event; the rebuild goes on.
+TEST_F(BrowserTreeTest, AWindowThatWasBuiltAndGoesDuringARebuildIsRemovedByItsEvent) {
+    const auto first = Open(11);
+    const auto second = Open(12);
+    second->meanwhile = [&] {
+        Close(first);
+        browserTree.BrowserDestroyed();
+    };
+    browserTree.RefreshBrowserTree();
+    EXPECT_EQ(std::count(log.begin(), log.end(), L"clear"), 1);
+    EXPECT_EQ(Seen(), (Picture{L"Windows Browsers (1)", L"- Browser ", L"- - Title : News",
+                               L"- - URL : http://news.example/"}));
+}
+
+/// A rebuild asked for in between runs, and does not hide that the first one failed.
+TEST_F(BrowserTreeTest, ARebuildWithinAFailingOneIsDoneAndTheFailureTold) {
+    const auto first = Open(11);
+    Faults dead;
+    first->meanwhile = [&] {
+        browserTree.RefreshBrowserTree();
+        dead.FailAt(0, kDied);
+        first->faults = &dead;
+    };
+    try {
+        browserTree.RefreshBrowserTree();
+        ADD_FAILURE();
+    } catch (const RunTimeError& error) {
+        EXPECT_EQ(error.Number(), kDied);
+    }
+    EXPECT_EQ(Seen().size(), 4U);
 }
 
 TEST_F(BrowserTreeTest, ARebuildIsNeverEnteredTwice) {
