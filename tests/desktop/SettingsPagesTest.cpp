@@ -111,6 +111,20 @@ TEST_F(SettingsPagesTest, ComingBackToTheFirstTabRefreshesTheCounters) {
     EXPECT_EQ(L"1", m_guard->Today());
 }
 
+TEST_F(SettingsPagesTest, AClickOnTheShownTabRefreshesTheCountersToo) {
+    Start("PST/:/:1234\r\nSS1/:/:n/:/:\r\n");
+    Browser& browser = m_desktop.OpenBrowser();
+    ASSERT_TRUE(WaitUntil([&] { return browser.Sinks().connected == 1; }));
+    EXPECT_TRUE(browser.FireNewWindow2().cancel);
+    ClickOn(kMinimisedBox);
+    ClickOn(L"Cancel");
+    ASSERT_TRUE(WaitUntil([&] { return m_guard->Minimised(); }));
+    ASSERT_TRUE(m_guard->Restore());
+    EXPECT_EQ(L"1,235", m_guard->Total());
+    ClickTab(m_guard->Tabs(), 0);
+    EXPECT_TRUE(WaitUntil([&] { return m_guard->Total() == L"1,234"; }));
+}
+
 TEST_F(SettingsPagesTest, EverySettingEnablesApplyAndApplyStores) {
     Start("USE/:/:1\r\n");
     for (const wchar_t* caption : {kMinimisedBox, kSiteBox, kTitleBox, kAutomatic}) {

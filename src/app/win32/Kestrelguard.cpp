@@ -214,7 +214,9 @@ bool Kestrelguard::TurnPage(int step) {
 }
 
 std::optional<LRESULT> Kestrelguard::OnNotify(const NMHDR& notification) {
-    if (notification.idFrom == kKGTabs && notification.code == static_cast<UINT>(TCN_SELCHANGE)) {
+    // A click on the tab that is shown already changes no selection and counts all the same.
+    if (notification.idFrom == kKGTabs && (notification.code == static_cast<UINT>(TCN_SELCHANGE) ||
+                                           notification.code == static_cast<UINT>(NM_CLICK))) {
         m_rooms->pages.KGTabs_Click();
         return 0;
     }

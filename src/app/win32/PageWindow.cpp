@@ -1,6 +1,6 @@
 #include "app/win32/PageWindow.h"
 
-#include "runtime/win32/Owners.h"
+#include "runtime/win32/SystemLibrary.h"
 
 namespace kestrelguard {
 
@@ -10,7 +10,7 @@ constexpr UINT kThemeChanged = 0x031A;  // WM_THEMECHANGED
 
 /// Whether visual styles are on: the inside of a tab control is white then.
 bool ThemesActive() {
-    const Library theme(LoadLibraryA("uxtheme.dll"));
+    const Library theme = LoadSystemLibrary("uxtheme.dll");
     if (!theme) {
         return false;
     }
