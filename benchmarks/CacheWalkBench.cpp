@@ -139,7 +139,7 @@ class Walker {
 
     void Save(const std::string& address) {
         const std::wstring text(address.begin(), address.end());
-        m_saved.Add(text, text);
+        m_saved.Add(text);
     }
     std::int32_t Walk(bool clearFiles = false, bool clearCookies = false) {
         bool showList = false;

@@ -12,7 +12,7 @@ void SiteBlocking::AddSite_Click() {
         return;
     }
     const std::wstring site = LowerCase(entered);
-    const std::int32_t error = ErrorOf([&] { m_parts.siteSet.Add(site, site); });
+    const std::int32_t error = ErrorOf([&] { m_parts.siteSet.Add(site); });
     // Kept: a bitwise NOT, which is zero for -1 alone. A duplicate (457) gets its row all the same.
     if (~error != 0) {
         ErrorsIgnored([&] { m_parts.siteLST.Append(site); },  //

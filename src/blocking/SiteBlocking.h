@@ -6,7 +6,7 @@
 #include "blocking/SiteList.h"
 #include "controls/Controls.h"
 #include "controls/Lists.h"
-#include "runtime/KeyedCollection.h"
+#include "runtime/TextSet.h"
 
 namespace kestrelguard {
 

@@ -23,7 +23,7 @@ void TitleBlocking::RebuildTitleKeywords() {
     const std::wstring text = LowerCase(m_parts.titleBan.Text());
     // Kept: pieces are not trimmed, an empty one counts, and a repeated one ends the rebuild with its error.
     for (const std::wstring_view piece : Split(text, blocking_texts::kKeywordSeparator)) {
-        m_parts.titleKeywordSet.Add(std::wstring(piece), std::wstring(piece));
+        m_parts.titleKeywordSet.Add(piece);
     }
     m_titleKeywordsDirty = false;
 }
@@ -33,12 +33,12 @@ void TitleBlocking::IEEvents1_TitleChange(Browser& browser, const std::wstring& 
     if (!m_parts.blockTitles.Ticked() || m_parts.titleKeywordSet.Empty() || m_parts.titleBan.Text().empty()) {
         return;
     }
-    const std::wstring* const keyword = KeywordIn(title);
-    if (keyword == nullptr) {
+    // A copy of our own: calls to a browser let other events in, which may rebuild the keywords.
+    const std::optional<std::wstring> keyword = KeywordIn(title);
+    if (!keyword) {
         return;
     }
-    // Calls to a browser let other events in, which may rebuild the keywords: a copy of our own.
-    const std::wstring page = BlockedPage(browser, std::wstring(*keyword));
+    const std::wstring page = BlockedPage(browser, *keyword);
     try {
         browser.Navigate(page);
     } catch (const RunTimeError& error) {
@@ -46,15 +46,15 @@ void TitleBlocking::IEEvents1_TitleChange(Browser& browser, const std::wstring& 
     }
 }
 
-/// The first keyword that occurs in the lower-cased title; null when there is none.
-const std::wstring* TitleBlocking::KeywordIn(const std::wstring& title) const {
+/// The first keyword that occurs in the lower-cased title; nothing when there is none.
+std::optional<std::wstring> TitleBlocking::KeywordIn(const std::wstring& title) const {
     const std::wstring lowerTitle = LowerCase(title);
     for (const std::wstring& keyword : m_parts.titleKeywordSet) {
         if (Contains(lowerTitle, keyword)) {
-            return &keyword;
+            return keyword;
         }
     }
-    return nullptr;
+    return std::nullopt;
 }
 
 /// The address of the generated page. What cannot be read stays empty in it: the page is blocked even so.

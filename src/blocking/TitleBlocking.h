@@ -1,13 +1,14 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "blocking/BrowserNodes.h"
 #include "controls/Controls.h"
 #include "controls/MessageBoxes.h"
-#include "runtime/KeyedCollection.h"
 #include "runtime/RunTimeError.h"
 #include "runtime/System.h"
+#include "runtime/TextSet.h"
 
 namespace kestrelguard {
 
@@ -41,7 +42,7 @@ class TitleBlocking {
     bool TitleKeywordsDirty() const noexcept { return m_titleKeywordsDirty; }
 
  private:
-    const std::wstring* KeywordIn(const std::wstring& title) const;
+    std::optional<std::wstring> KeywordIn(const std::wstring& title) const;
     std::wstring BlockedPage(const Browser& browser, const std::wstring& keyword) const;
     void TellError(const RunTimeError& error, const std::wstring& title);
 

@@ -52,7 +52,7 @@ void SavedCookiesStore::Read() {
             ++lines;
         } else if (Contains(line, kCookieMark)) {
             // A line that is there twice is read once. No other failure drops a cookie.
-            const std::int32_t error = ErrorOf([&] { fresh.Add(std::wstring(line), std::wstring(line)); });
+            const std::int32_t error = ErrorOf([&] { fresh.Add(line); });
             if (error != 0 && error != RunTimeError::kDuplicateKey) {
                 throw RunTimeError(error);
             }
@@ -99,7 +99,7 @@ void SavedCookiesEditor::SaveC_Click() {
     if (address.empty() || !Contains(address, kLooseCookieMark)) {
         return;
     }
-    if (ErrorOf([&] { m_parts.savedCookies.Add(address, address); }) == 0) {
+    if (ErrorOf([&] { m_parts.savedCookies.Add(address); }) == 0) {
         try {
             m_parts.savedRows.Append(address);
         } catch (...) {

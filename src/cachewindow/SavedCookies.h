@@ -5,8 +5,8 @@
 
 #include "controls/Controls.h"
 #include "controls/Lists.h"
-#include "runtime/KeyedCollection.h"
 #include "runtime/System.h"
+#include "runtime/TextSet.h"
 
 namespace kestrelguard {
 

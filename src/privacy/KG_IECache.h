@@ -4,8 +4,8 @@
 #include <string>
 
 #include "privacy/CachePlatform.h"
-#include "runtime/KeyedCollection.h"
 #include "runtime/System.h"
+#include "runtime/TextSet.h"
 
 namespace kestrelguard {
 

@@ -117,7 +117,4 @@ class KeyedCollection {
     std::unordered_map<std::wstring_view, typename Entries::iterator> m_byKey;
 };
 
-/// Texts, each under itself as key: `siteSet`, `titleKeywordSet`, `SavedCookies`.
-using TextSet = KeyedCollection<std::wstring>;
-
 }  // namespace kestrelguard

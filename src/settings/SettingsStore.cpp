@@ -128,11 +128,7 @@ class Reading {
 
     /// A piece that is there already is refused without a word.
     void AddLowerCase(TextSet& set, std::wstring_view piece) {
-        Step([&] {
-            std::wstring text = LowerCase(piece);
-            std::wstring key = text;
-            set.TryAdd(std::move(text), std::move(key));
-        });
+        Step([&] { set.TryAdd(LowerCase(piece)); });
     }
 
     void Minimized(const Fields& fields) {

@@ -5,9 +5,9 @@
 
 #include "controls/Controls.h"
 #include "controls/Lists.h"
-#include "runtime/KeyedCollection.h"
 #include "runtime/LastingValues.h"
 #include "runtime/System.h"
+#include "runtime/TextSet.h"
 
 namespace kestrelguard {
 

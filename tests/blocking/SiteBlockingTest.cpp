@@ -113,7 +113,7 @@ TEST_F(SiteBlockingTest, RemovesNothingWithoutASelection) {
 
 TEST_F(SiteBlockingTest, NeverRemovesAnEmptyRow) {
     siteLST.Append(L"");
-    siteSet.Add(L"", L"");
+    siteSet.Add(L"");
     RemoveRow(0);
     EXPECT_EQ(display.shown, Rows{L""});
     EXPECT_EQ(siteSet.Count(), 1U);
@@ -121,7 +121,7 @@ TEST_F(SiteBlockingTest, NeverRemovesAnEmptyRow) {
 
 TEST_F(SiteBlockingTest, ARowOfTheFileWithCapitalsIsRemovedThoughItsKeyIsInLowerCase) {
     siteLST.Append(L"Casino");
-    siteSet.Add(L"casino", L"casino");
+    siteSet.Add(L"casino");
     RemoveRow(0);
     EXPECT_EQ(siteLST.Count(), 0);
     EXPECT_TRUE(siteSet.Contains(L"casino"));

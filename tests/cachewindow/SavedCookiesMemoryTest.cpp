@@ -98,8 +98,7 @@ TEST_F(SavedCookiesMemoryTest, AReadThatRunsOutOfMemoryThrowsAndDropsNothing) {
 }
 
 TEST_F(SavedCookiesMemoryTest, AWriteThatRunsOutOfMemoryIsStillToBeDone) {
-    saved.Add(L"Cookie:a.long.name@that.needs.memory.of.its.own/",
-              L"Cookie:a.long.name@that.needs.memory.of.its.own/");
+    saved.Add(L"Cookie:a.long.name@that.needs.memory.of.its.own/");
     int failed = 0;
     for (long memory = 0;; ++memory) {
         folder.files[L"KestrelC.CFG"] = L"old";

@@ -22,7 +22,7 @@ class SavedCookiesTest : public ::testing::Test {
  protected:
     std::vector<std::wstring> Saved() const { return {saved.begin(), saved.end()}; }
     void Save(const std::wstring& address) {
-        saved.Add(address, address);
+        saved.Add(address);
         savecLST.rows.push_back(address);
     }
     void Read(const std::wstring& text) {
@@ -47,7 +47,7 @@ using Texts = std::vector<std::wstring>;
 using Rows = std::deque<std::wstring>;
 
 TEST_F(SavedCookiesTest, AMissingFileReadsAsNothing) {
-    saved.Add(L"Cookie:kept", L"Cookie:kept");
+    saved.Add(L"Cookie:kept");
     store.SavedCookiesFile(L"Read");
     EXPECT_EQ(folder.reads, 0);
     EXPECT_EQ(folder.writes, 0);
@@ -85,7 +85,7 @@ TEST_F(SavedCookiesTest, DuplicatesAreReadOnce) {
 }
 
 TEST_F(SavedCookiesTest, ReadingReplacesWhatWasThere) {
-    saved.Add(L"Cookie:old", L"Cookie:old");
+    saved.Add(L"Cookie:old");
     Read(std::wstring(kHeader) + L"Cookie:new\r\n");
     EXPECT_EQ(Saved(), (Texts{L"Cookie:new"}));
 }
@@ -127,7 +127,7 @@ TEST_F(SavedCookiesTest, TheModesAreComparedExactly) {
 }
 
 TEST_F(SavedCookiesTest, WithoutAWindowTheCollectionIsWritten) {
-    saved.Add(L"Cookie:kept", L"Cookie:kept");
+    saved.Add(L"Cookie:kept");
     store.SavedCookiesFile(L"WRITE");
     EXPECT_EQ(folder.files[kFile], std::wstring(kHeader) + L"Cookie:kept\r\n");
 }

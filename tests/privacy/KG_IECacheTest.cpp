@@ -18,7 +18,7 @@ constexpr char kPicture[] = "http://news.example/logo.gif";
 
 class KG_IECacheTest : public ::testing::Test {
  protected:
-    void Save(const std::wstring& address) { saved.Add(address, address); }
+    void Save(const std::wstring& address) { saved.Add(address); }
     void FillUsual() {
         cache.Add(kPage);
         cache.Add(kCookie);
@@ -499,7 +499,7 @@ TEST_F(KG_IECacheTest, SurvivesEachFailingPlatformCall) {
             FakeCacheWindows open;
             open.Open();
             TextSet savedCookies;
-            savedCookies.Add(L"Cookie:jane@bank.example/", L"Cookie:jane@bank.example/");
+            savedCookies.Add(L"Cookie:jane@bank.example/");
             KG_IECache module(
                 KG_IECache::Platform{faulty, faulty, faulty, faulty, open, locale, savedCookies});
             bool showList = true;

@@ -378,7 +378,7 @@ class WashOfACacheTest : public WasherTest {
         store.failAt = failAt;
         FakeLocale locale;
         TextSet saved;
-        saved.Add(L"Cookie:jane@bank.example/", L"Cookie:jane@bank.example/");
+        saved.Add(L"Cookie:jane@bank.example/");
         windows.Open();
         KG_IECache walk(KG_IECache::Platform{store, store, store, store, windows, locale, saved});
         Washer whole(Washer::Parts{washCache, washHistory, washCookies, washAuto, wash_F, wash_CMB, timer,

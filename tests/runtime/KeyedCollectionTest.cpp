@@ -8,12 +8,14 @@
 namespace kestrelguard {
 namespace {
 
-std::vector<std::wstring> All(const TextSet& set) {
+using Texts = KeyedCollection<std::wstring>;
+
+std::vector<std::wstring> All(const Texts& set) {
     return {set.begin(), set.end()};
 }
 
 TEST(KeyedCollection, KeepsTheOrderOfAddition) {
-    TextSet set;
+    Texts set;
     set.Add(L"b", L"b");
     set.Add(L"a", L"a");
     set.Add(L"c", L"c");
@@ -24,7 +26,7 @@ TEST(KeyedCollection, KeepsTheOrderOfAddition) {
 }
 
 TEST(KeyedCollection, RefusesADuplicateKeyAndStaysAsItWas) {
-    TextSet set;
+    Texts set;
     set.Add(L"one", L"k");
     try {
         set.Add(L"two", L"k");
@@ -36,18 +38,18 @@ TEST(KeyedCollection, RefusesADuplicateKeyAndStaysAsItWas) {
 }
 
 TEST(KeyedCollection, TryAddAnswersWhetherTheKeyWasFree) {
-    TextSet set;
+    Texts set;
     EXPECT_TRUE(set.TryAdd(L"one", L"k"));
     EXPECT_FALSE(set.TryAdd(L"two", L"k"));
     EXPECT_EQ(All(set), (std::vector<std::wstring>{L"one"}));
 }
 
 TEST(KeyedCollection, KeysSurviveAMove) {
-    TextSet set;
+    Texts set;
     set.Add(L"a", L"a");
     set.Add(L"a text too long for a small buffer", L"a key too long for a small buffer");
-    TextSet moved(std::move(set));
-    TextSet assigned;
+    Texts moved(std::move(set));
+    Texts assigned;
     assigned.Add(L"gone", L"gone");
     assigned = std::move(moved);
     EXPECT_FALSE(assigned.Contains(L"gone"));
@@ -57,14 +59,14 @@ TEST(KeyedCollection, KeysSurviveAMove) {
 }
 
 TEST(KeyedCollection, RemovesByAKeyOfItsOwn) {
-    TextSet set;
+    Texts set;
     set.Add(L"x", L"x");
     set.Remove(*set.begin());
     EXPECT_TRUE(set.Empty());
 }
 
 TEST(KeyedCollection, ComparesKeysExactly) {
-    TextSet set;
+    Texts set;
     set.Add(L"a", L"Key");
     EXPECT_TRUE(set.Contains(L"Key"));
     EXPECT_FALSE(set.Contains(L"key"));
@@ -72,13 +74,13 @@ TEST(KeyedCollection, ComparesKeysExactly) {
 }
 
 TEST(KeyedCollection, MissingKeyIsAnError) {
-    TextSet set;
+    Texts set;
     EXPECT_THROW(set.Remove(L"x"), RunTimeError);
     EXPECT_THROW(set.Item(L"x"), RunTimeError);
 }
 
 TEST(KeyedCollection, ClearForgetsEverything) {
-    TextSet set;
+    Texts set;
     set.Add(L"a", L"a");
     set.Clear();
     EXPECT_TRUE(set.Empty());

@@ -34,8 +34,8 @@ HWND CacheWindowOnScreen() {
 struct CacheWindowHostTest : testing::Test {
     CacheWindowHostTest() {
         InitCommonControls();
-        savedCookies.Add(L"Cookie:a", L"Cookie:a");
-        savedCookies.Add(L"Cookie:b", L"Cookie:b");
+        savedCookies.Add(L"Cookie:a");
+        savedCookies.Add(L"Cookie:b");
     }
     HWND Control(int id) const { return GetDlgItem(CacheWindowOnScreen(), id); }
     /// The second list and the button beside it, by their order.

@@ -76,7 +76,7 @@ TEST_F(WinInetCacheTest, ClearsCookiesFromDiskAndSparesSavedOnes) {
     const std::string page = CacheFiller::Add("http://news.example/index.html", "a page");
     const std::string cookie = CacheFiller::Add("Cookie:jane@news.example/", "a cookie");
     const std::string kept = CacheFiller::Add("Cookie:jane@bank.example/", "a saved cookie");
-    saved.Add(L"Cookie:jane@bank.example/", L"Cookie:jane@bank.example/");
+    saved.Add(L"Cookie:jane@bank.example/");
     Walk(false, true);
     EXPECT_TRUE(FileExists(page));
     EXPECT_FALSE(FileExists(cookie));
