@@ -6,7 +6,8 @@
 
 set -euo pipefail
 
-header=$(i686-w64-mingw32-objdump -p "$1")
+root=$(cd "$(dirname "$0")/../.." && pwd)
+header=$("$("$root/scripts/cross-compiler")/i686-w64-mingw32-objdump" -p "$1")
 failed=0
 for part in NX_COMPAT DYNAMIC_BASE 'MajorSubsystemVersion[[:space:]]*4$' 'Subsystem[[:space:]]*00000002' \
     'Entry 5 0*[1-9a-f][0-9a-f]* 0*[1-9a-f][0-9a-f]* Base Relocation Directory'; do
