@@ -10,10 +10,8 @@
 
 #include <random>
 
-#include "GuardModel.h"
+#include "WalkedProgram.h"
 #include "app/win32/ControlIds.h"
-#include "desktop/Desktop.h"
-#include "desktop/driver/Guard.h"
 #include "desktop/driver/LongRun.h"
 
 namespace kestrelguard::testing {
@@ -24,13 +22,8 @@ using desktop::BrowserOptions;
 using desktop::EventCall;
 using desktop::EventResult;
 using desktop::PendingEvent;
-using Lines = std::vector<std::wstring>;
 
-std::wstring Wide(const std::string& text) {
-    return std::wstring(text.begin(), text.end());
-}
-
-class Walk {
+class Walk : private WalkedProgram {
  public:
     explicit Walk(unsigned seed, bool loud) : m_random(seed), m_loud(loud) {
         for (unsigned i = 0; i < Pick(3); ++i) {
@@ -102,33 +95,13 @@ class Walk {
     }
 
  private:
-    struct Page {
-        Browser* browser = nullptr;
-        std::string title;
-        std::string url;
-        std::size_t navigations = 0;
-    };
-
     unsigned Pick(unsigned below) { return static_cast<unsigned>(m_random() % below); }
     template <class Value, std::size_t count>
     Value Pick(const Value (&values)[count]) {
         return values[Pick(static_cast<unsigned>(count))];
     }
-    void Expect(bool holds, const std::string& what) {
-        if (!holds) {
-            m_problem += what + "; ";
-        }
-    }
     void Say(const std::string& more) { m_what += " (" + more + ")"; }
 
-    HWND Control(int id) const {
-        for (const HWND window : Inside(m_guard->Window())) {
-            if (IdOf(window) == id) {
-                return window;
-            }
-        }
-        return nullptr;
-    }
     void Press(int id) { ClickAndWait(Control(id)); }
     Page* AnyPage() {
         return m_pages.empty() ? nullptr : &m_pages[Pick(static_cast<unsigned>(m_pages.size()))];
@@ -389,84 +362,9 @@ class Walk {
         StartAgain();
     }
 
-    // --- what is so
-
-    void ExpectFile() {
-        const std::string difference = FileDifference();
-        Expect(difference.empty(), difference);
-    }
-    std::string FileDifference() const {
-        const std::string file = m_folder->Settings();
-        const std::size_t start = file.find("PT1/:/:");
-        const std::string found = start == std::string::npos ? file : file.substr(start);
-        return found == m_model.File() ? "" : "the file holds\n" + found + "instead of\n" + m_model.File();
-    }
-    Lines ExpectedTree() const {
-        Lines lines{L"Windows Browsers (" + std::to_wstring(m_pages.size()) + L")"};
-        for (const GuardModel::Node& node : m_model.nodes) {
-            lines.insert(lines.end(), {node.atRebuild ? L"  Browser " : L"  Browser",
-                                       L"    Title : " + node.title, L"    URL : " + node.url});
-        }
-        return lines;
-    }
-    std::string Difference() const {
-        const auto differs = [](const std::string& what, const auto& found, const auto& expected) {
-            return what + " " + ::testing::PrintToString(found) + " instead of " +
-                   ::testing::PrintToString(expected);
-        };
-        if (!m_guard->Program().Running()) {
-            return "it has ended";
-        }
-        if (const MessageBoxSeen box = FindMessageBox(m_guard->Program().Id())) {
-            return differs("a box", box.text, L"none");
-        }
-        if (m_guard->Minimised() != m_model.icon) {
-            return differs("minimised", m_guard->Minimised(), m_model.icon);
-        }
-        if (m_guard->Mode() != m_model.now.mode) {
-            return differs("mode", m_guard->Mode(), m_model.now.mode);
-        }
-        static constexpr int kBoxes[] = {kKG_C0, kKG_C1, kKG_C2, kKG_C3, kKG_C4, kKG_C5};
-        for (std::size_t i = 0; i < 6; ++i) {
-            if (Checked(Control(kBoxes[i])) != m_model.now.boxes[i]) {
-                return differs("box " + std::to_string(i), !m_model.now.boxes[i], m_model.now.boxes[i]);
-            }
-        }
-        if (Enabled(m_guard->Apply()) != m_model.apply) {
-            return differs("Apply", !m_model.apply, m_model.apply);
-        }
-        if (m_guard->Today() != Wide(m_model.labelToday) || m_guard->Total() != Wide(m_model.labelTotal)) {
-            return differs("counters", m_guard->Today() + L", " + m_guard->Total(),
-                           m_model.labelToday + ", " + m_model.labelTotal);
-        }
-        if (TextOf(Control(kTitleBan)) != Wide(m_model.now.keywords)) {
-            return differs("keywords", TextOf(Control(kTitleBan)), m_model.now.keywords);
-        }
-        if (m_guard->TreeLines() != ExpectedTree()) {
-            return differs("tree", m_guard->TreeLines(), ExpectedTree());
-        }
-        for (const Page& page : m_pages) {
-            if (page.browser->Sinks().connected != 1) {
-                return differs("sinks", page.browser->Sinks().connected, 1);
-            }
-        }
-        if (m_desktop.Sinks().connected != 1) {
-            return differs("sinks of the list", m_desktop.Sinks().connected, 1);
-        }
-        return FileDifference();
-    }
-
-    desktop::Apartment m_apartment;
-    desktop::StandInDesktop m_desktop;
     std::mt19937 m_random;
     const bool m_loud;
-    std::unique_ptr<GuardFolder> m_folder;
-    std::unique_ptr<Guard> m_guard;
-    GuardModel m_model;
-    std::vector<Page> m_pages;
     int m_opened = 0;
-    std::string m_what;
-    std::string m_problem;
 };
 
 TEST(RandomWalkTest, TheProgramDoesWhatTheModelSays) {
