@@ -11,6 +11,7 @@
 #include "cachewindow/SavedCookies.h"
 #include "controls/Fakes.h"
 
+// NOLINTBEGIN(cppcoreguidelines-no-malloc, cppcoreguidelines-owning-memory): this is the memory's own place.
 namespace {
 
 /// Allocations that still succeed; negative: all of them.
@@ -49,6 +50,7 @@ void operator delete(void* block, std::size_t /*size*/) noexcept {
 void operator delete[](void* block, std::size_t /*size*/) noexcept {
     std::free(block);
 }
+// NOLINTEND(cppcoreguidelines-no-malloc, cppcoreguidelines-owning-memory)
 
 namespace kestrelguard {
 namespace {
