@@ -8,6 +8,7 @@
 #include "app/win32/RunTimeErrorBox.h"
 #include "app/win32/SingleInstance.h"
 #include "controls/win32/PlatformMessageLoop.h"
+#include "monitoring/win32/Answering.h"
 #include "runtime/Edge.h"
 #include "runtime/win32/Com.h"
 
@@ -29,7 +30,12 @@ int RunForm() {
             loaded = true;
         },
         Report);
-    return loaded ? kestrelguard::PlatformMessageLoop::Run() : EXIT_FAILURE;
+    const int exitCode = loaded ? kestrelguard::PlatformMessageLoop::Run() : EXIT_FAILURE;
+    if (kestrelguard::AnythingKept()) {
+        // A browser hangs: leaving COM in good order would wait for it. Everything is stored by now.
+        ExitProcess(static_cast<UINT>(exitCode));
+    }
+    return exitCode;
 }
 
 }  // namespace

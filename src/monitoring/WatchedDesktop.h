@@ -16,6 +16,8 @@ class DesktopWindow {
     virtual std::int32_t Handle() = 0;
     /// What tells windows apart: the same for two references to one window, for as long as one is held.
     virtual const void* Identity() const = 0;
+    /// Whether it answers. Found out without a call to it, in a short time.
+    virtual bool Answers() = 0;
 };
 using DesktopWindowPtr = std::shared_ptr<DesktopWindow>;
 
@@ -31,6 +33,10 @@ class WindowWalk {
     virtual ~WindowWalk() = default;
     /// Goes to the next entry; false after the last. Calls out.
     virtual bool Next() = 0;
+    /// The entry's identity as a window; null for an entry without an object.
+    virtual const void* Identity() = 0;
+    /// Whether the process behind the entry answers. Found out without a call to it, in a short time.
+    virtual bool Answers() = 0;
     /// The entry as a browser window; null for an entry without an object. Fails for an object that is no
     /// browser. Calls out.
     virtual DesktopWindowPtr Window() = 0;
@@ -59,6 +65,9 @@ class WatchedDesktop {
     virtual std::unique_ptr<ShellConnection> ConnectShell(std::shared_ptr<ShellListener> listener) = 0;
     /// Listens to a window; null for no window. Events may come before this returns. Calls out.
     virtual std::unique_ptr<WindowSink> Listen(const DesktopWindowPtr& window) = 0;
+    /// Cuts off a window that does not answer, and the sink on it if there is one, and keeps both: letting go
+    /// of them would call out and never come back.
+    virtual void Park(const DesktopWindowPtr& window, std::shared_ptr<WindowSink> sink) noexcept = 0;
 };
 
 /// The list of windows that rebuilds refill.

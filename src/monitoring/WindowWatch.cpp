@@ -125,6 +125,14 @@ void WindowWatch::Close() noexcept {
     m_news = nullptr;
     m_list = nullptr;
     ReleaseSinks();
+    Park();
+    if (m_known) {
+        for (const auto& window : *m_known) {
+            if (!window->Answers()) {
+                m_desktop->Park(window, nullptr);
+            }
+        }
+    }
     Shell shell = std::exchange(m_shell, Shell());
     LetGo(shell);
     // Each of these is let go with everything settled.
@@ -145,6 +153,17 @@ void WindowWatch::LetGo(Shell& shell) noexcept {
 void WindowWatch::ReleaseSinks() noexcept {
     // Each sink's end lets other calls in: they find the collection empty.
     const Sinks sinks = std::exchange(m_colBrowsers, Sinks());
+    for (const Sink& sink : sinks) {
+        if (!sink.window->Answers()) {
+            m_resting.push_back(sink);
+        }
+    }
+}
+
+void WindowWatch::Park() noexcept {
+    for (const Sink& sink : std::exchange(m_resting, {})) {
+        m_desktop->Park(sink.window, sink.listening);
+    }
 }
 
 void WindowWatch::LoadBrowsers() {
@@ -177,7 +196,14 @@ void WindowWatch::Rebuild(ReadHandles& handles) {
         return;
     }
     WatchWindows(*shell, handles);
-    if (!m_closed && m_list != nullptr) {
+    if (m_closed) {
+        return;
+    }
+    if (m_wholeWalk) {
+        // Those left over are not listed any more.
+        Park();
+    }
+    if (m_list != nullptr) {
         NoteChanges();
     }
 }
@@ -219,11 +245,17 @@ void WindowWatch::WatchWindows(ShellConnection& shell, ReadHandles& handles) {
         if (!more || m_closed) {
             return;
         }
+        if (const DesktopWindowPtr known = KnownAs(walk->Identity()); known && !known->Answers()) {
+            errorsIgnored = Keep(known) || errorsIgnored;
+            continue;
+        } else if (!known && !walk->Answers()) {
+            continue;
+        }
         DesktopWindowPtr window;
         if (!step([&] { window = walk->Window(); })) {
             continue;
         }
-        std::unique_ptr<WindowSink> sink;
+        std::shared_ptr<WindowSink> sink;
         if (!m_closed) {
             step([&] { sink = m_desktop->Listen(window); });
         }
@@ -242,16 +274,57 @@ void WindowWatch::WatchWindows(ShellConnection& shell, ReadHandles& handles) {
         ErrorsIgnored(
             [&] {
                 if (keyBuilt) {
-                    m_colBrowsers.Add(Sink{key, window, std::move(sink)}, key);
+                    m_colBrowsers.Add(Sink{key, window, std::move(sink), handles.Of(window)}, key);
                 }
             },
-            [&] {
-                if (m_list != nullptr) {
-                    m_list->Add(window);
-                    m_listed.push_back(window);
-                }
-            });
+            [&] { List(window); });
     }
+}
+
+void WindowWatch::List(const DesktopWindowPtr& window) {
+    if (m_list != nullptr) {
+        m_list->Add(window);
+        m_listed.push_back(window);
+    }
+}
+
+DesktopWindowPtr WindowWatch::KnownAs(const void* identity) const {
+    for (const Sink& sink : m_resting) {
+        if (sink.window->Identity() == identity) {
+            return sink.window;
+        }
+    }
+    for (const Sink& sink : m_colBrowsers) {
+        if (sink.window->Identity() == identity) {
+            return sink.window;
+        }
+    }
+    if (m_known) {
+        for (const auto& window : *m_known) {
+            if (window->Identity() == identity) {
+                return window;
+            }
+        }
+    }
+    return nullptr;
+}
+
+bool WindowWatch::Keep(const DesktopWindowPtr& window) {
+    const auto resting = std::find_if(m_resting.begin(), m_resting.end(), [&](const Sink& sink) {
+        return sink.window->Identity() == window->Identity();
+    });
+    const bool hasKey = resting != m_resting.end();
+    ErrorsIgnored(
+        [&] {
+            if (hasKey) {
+                Sink sink = std::move(*resting);
+                m_resting.erase(resting);
+                sink.key = KeyOf(sink.handle);
+                m_colBrowsers.Add(sink, sink.key);
+            }
+        },
+        [&] { List(window); });
+    return hasKey;
 }
 
 std::wstring WindowWatch::KeyOf(std::int32_t handle) const {
@@ -306,16 +379,16 @@ void WindowWatch::NoteChanges() {
 
 DesktopWindowPtr WindowWatch::GetNewBrowser(ReadHandles& handles) {
     const auto shell = m_shell.connection;
-    Windows watched;
-    for (const Sink& sink : m_colBrowsers) {
-        watched.push_back(sink.window);
-    }
+    std::vector<Sink> watched(m_colBrowsers.begin(), m_colBrowsers.end());
     // The scan of the sinks ends at one whose handle cannot be read, the same for every window.
     std::optional<std::unordered_set<std::int32_t>> watchedHandles;
     const auto readWatched = [&] {
         watchedHandles.emplace();
-        for (const auto& window : watched) {
-            if (m_closed || ErrorOf([&] { watchedHandles->insert(handles.Of(window)); }) != 0) {
+        for (const Sink& sink : watched) {
+            const auto read = [&] {
+                watchedHandles->insert(sink.window->Answers() ? handles.Of(sink.window) : sink.handle);
+            };
+            if (m_closed || ErrorOf(read) != 0) {
                 return;
             }
         }
@@ -323,6 +396,11 @@ DesktopWindowPtr WindowWatch::GetNewBrowser(ReadHandles& handles) {
 
     const auto walk = shell->Walk();
     while (!m_closed && walk->Next() && !m_closed) {
+        const DesktopWindowPtr known = KnownAs(walk->Identity());
+        if (known ? !known->Answers() : !walk->Answers()) {
+            // Whether it is new shows when it answers.
+            continue;
+        }
         DesktopWindowPtr window;
         if (ErrorOf([&] { window = walk->Window(); }) != 0) {
             // Not a browser: nothing that could be watched.

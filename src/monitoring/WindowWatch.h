@@ -17,6 +17,9 @@ namespace kestrelguard {
 /// Decides what monitoring does: which windows are listened to, under which keys, in which order a rebuild
 /// goes, and who is told of what.
 ///
+/// A window that does not answer is not called: it keeps its sink, its key and its place in the list until it
+/// answers or leaves the system's list. One that was not known before waits until it answers.
+///
 /// Calls to windows let other calls in. A rebuild is never entered a second time: an announcement that
 /// arrives during one is remembered and worked off after it. Members may be called in the middle of each
 /// other; whoever owns the watch may let it go in the middle of its own calls, once it has closed it.
@@ -48,7 +51,8 @@ class WindowWatch final : public std::enable_shared_from_this<WindowWatch> {
     struct Sink {
         std::wstring key;
         DesktopWindowPtr window;
-        std::unique_ptr<WindowSink> listening;
+        std::shared_ptr<WindowSink> listening;
+        std::int32_t handle = 0;
     };
     using Sinks = KeyedCollection<Sink>;
     using Windows = std::vector<DesktopWindowPtr>;
@@ -84,6 +88,12 @@ class WindowWatch final : public std::enable_shared_from_this<WindowWatch> {
     void Rebuild(ReadHandles& handles);
     void ConnectShell();
     void WatchWindows(ShellConnection& shell, ReadHandles& handles);
+    /// The window of that identity as it is known; null for a new one.
+    DesktopWindowPtr KnownAs(const void* identity) const;
+    /// Keeps a window that does not answer as it was. Answers whether it has a key.
+    bool Keep(const DesktopWindowPtr& window);
+    void List(const DesktopWindowPtr& window);
+    void Park() noexcept;
     std::wstring KeyOf(std::int32_t handle) const;
     /// Compares the list with what it was after the last rebuild.
     void NoteChanges();
@@ -108,6 +118,8 @@ class WindowWatch final : public std::enable_shared_from_this<WindowWatch> {
 
     Shell m_shell;
     Sinks m_colBrowsers;
+    /// Sinks on windows that do not answer, while a rebuild is under way.
+    std::vector<Sink> m_resting;
     /// The ear of the connection that is being made, beside that of the old one.
     std::shared_ptr<Ear> m_connecting;
 

@@ -221,6 +221,17 @@ TEST_F(MonitoringTest, WindowsThatComeAndGoBetweenTwoConnectionsToTheListAreTold
     ExpectOneSinkEach();
 }
 
+TEST_F(MonitoringTest, AfterTheShellHasRestartedItsListIsWatchedAnew) {
+    m_desktop.OpenBrowser(Page(L"one"));
+    Start();
+    // Nobody announces it.
+    Browser& quiet = m_desktop.OpenBrowser(Page(L"two", false));
+    PostMessageA(m_guard->Window(), RegisterWindowMessageA("TaskbarCreated"), 0, 0);
+    EXPECT_TRUE(WaitUntil([this] { return m_guard->TreeLines() == Tree({L"one", L"two"}, {}); }));
+    ExpectOneSinkEach();
+    EXPECT_TRUE(quiet.FireNewWindow2().cancel);
+}
+
 TEST_F(MonitoringTest, AKilledBrowserIsSurvived) {
     Browser& living = m_desktop.OpenBrowser(Page(L"one"));
     desktop::RemoteBrowser& remote =

@@ -29,6 +29,10 @@ struct WindowState {
     bool listed = true;
     /// Every call fails from now on.
     bool dead = false;
+    /// Every call would wait for ever.
+    bool hung = false;
+    /// Calls that were made all the same.
+    int waits = 0;
     /// So many of its next calls fail.
     int failures = 0;
     int sinks = 0;
@@ -62,6 +66,8 @@ class Desktop final : public WatchedDesktop {
     int connects = 0;
     /// Announcements that came back as failed calls.
     int failedAnnouncements = 0;
+    /// Windows and sinks that are kept because letting go would wait for ever.
+    std::vector<std::pair<DesktopWindowPtr, std::shared_ptr<WindowSink>>> parked;
 
     std::shared_ptr<WindowState> Add(std::int32_t handle) {
         m_windows.push_back(std::make_shared<WindowState>());
@@ -121,6 +127,10 @@ class Desktop final : public WatchedDesktop {
         return sink;
     }
 
+    void Park(const DesktopWindowPtr& window, std::shared_ptr<WindowSink> sink) noexcept override {
+        parked.emplace_back(window, std::move(sink));
+    }
+
     static WindowState& StateOf(const DesktopWindowPtr& window) {
         return static_cast<Reference&>(*window).State();
     }
@@ -135,7 +145,9 @@ class Desktop final : public WatchedDesktop {
         ~Reference() override {
             m_desktop.LetIn();
             --m_state->references;
+            m_state->waits += m_state->hung && m_state->references == 0 ? 1 : 0;
         }
+        bool Answers() override { return !m_state->hung; }
         std::int32_t Handle() override {
             ++m_state->handleReads;
             Ask();
@@ -144,6 +156,7 @@ class Desktop final : public WatchedDesktop {
         const void* Identity() const override { return m_state.get(); }
 
         void Ask() {
+            m_state->waits += m_state->hung ? 1 : 0;
             m_desktop.LetIn();
             if (m_state->dead || m_state->failures > 0) {
                 m_state->failures -= m_state->dead ? 0 : 1;
@@ -165,6 +178,7 @@ class Desktop final : public WatchedDesktop {
             ++m_state->sinks;
         }
         ~Sink() override {
+            m_state->waits += m_state->hung ? 1 : 0;
             m_desktop.LetIn();
             --m_state->sinks;
             m_desktop.LetIn();
@@ -183,6 +197,8 @@ class Desktop final : public WatchedDesktop {
             m_desktop.FailShell();
             return ++m_at < static_cast<int>(m_windows.size());
         }
+        const void* Identity() override { return Entry(); }
+        bool Answers() override { return Entry() == nullptr || !Entry()->hung; }
         DesktopWindowPtr Window() override {
             if (m_desktop.empties.contains(m_at)) {
                 return nullptr;
@@ -195,6 +211,11 @@ class Desktop final : public WatchedDesktop {
         }
 
      private:
+        WindowState* Entry() const {
+            const bool empty = m_desktop.empties.contains(m_at);
+            return empty ? nullptr : m_windows[static_cast<std::size_t>(m_at)].get();
+        }
+
         Desktop& m_desktop;
         std::vector<std::shared_ptr<WindowState>> m_windows;
         int m_at = -1;

@@ -7,6 +7,7 @@
 #include "app/Texts.h"
 #include "app/win32/Rooms.h"
 #include "app/win32/RunTimeErrorBox.h"
+#include "runtime/ErrorsIgnored.h"
 #include "runtime/Maker.h"
 #include "runtime/win32/AnsiText.h"
 
@@ -21,6 +22,7 @@ static_assert(kMenuItem == BN_CLICKED);
 /// Posted to the form by itself: a click or double click on the tree, told after the selection has changed.
 constexpr UINT kTreeClickMessage = WM_APP + 2;
 constexpr UINT kTreeDoubleClickMessage = WM_APP + 3;
+constexpr UINT kWatchAnewMessage = WM_APP + 4;
 
 /// The tree's right mouse button.
 constexpr int kRightButton = 2;
@@ -162,11 +164,17 @@ std::optional<LRESULT> Kestrelguard::OnMessage(UINT message, WPARAM wParam, LPAR
 std::optional<LRESULT> Kestrelguard::OnFormMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == m_taskbarCreated) {
         m_rooms->trayIcon.TaskbarCreated();
+        // The list of windows went with the shell. Posted: this message may be a sent one.
+        PostMessageA(Handle(), kWatchAnewMessage, 0, 0);
         return 0;
     }
     switch (message) {
         case WM_NOTIFY:
             return OnNotify(*reinterpret_cast<const NMHDR*>(lParam));
+        case kWatchAnewMessage:
+            ErrorsIgnored([this] { m_rooms->IEEvents1.Refresh(); },
+                          [this] { m_rooms->browserTree.RefreshBrowserTree(); });
+            return 0;
         case kTreeClickMessage:
             m_rooms->browserTree.tvBrowsers_Click();
             return 0;

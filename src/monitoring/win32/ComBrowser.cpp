@@ -1,5 +1,6 @@
 #include "monitoring/win32/ComBrowser.h"
 
+#include "monitoring/win32/Answering.h"
 #include "monitoring/win32/EventSink.h"
 #include "runtime/win32/ComError.h"
 
@@ -12,19 +13,32 @@ IWebBrowser2& ComBrowser::Object() const {
     return *m_browser;
 }
 
+bool ComBrowser::Hangs() const {
+    return m_frame != nullptr && !FrameAnswers(m_frame);
+}
+
 std::int32_t ComBrowser::Handle() const {
+    if (Hangs()) {
+        return static_cast<std::int32_t>(reinterpret_cast<LONG_PTR>(m_frame));
+    }
     SHANDLE_PTR handle = 0;
     CallOut([&] { return Object().get_HWND(&handle); });
     return static_cast<std::int32_t>(handle);
 }
 
 std::wstring ComBrowser::LocationName() const {
+    if (Hangs()) {
+        return {};
+    }
     Bstr text;
     CallOut([&] { return Object().get_LocationName(text.Put()); });
     return text.Text();
 }
 
 std::wstring ComBrowser::LocationURL() const {
+    if (Hangs()) {
+        return {};
+    }
     Bstr text;
     CallOut([&] { return Object().get_LocationURL(text.Put()); });
     return text.Text();
@@ -68,7 +82,8 @@ std::vector<ComBrowser> BrowsersIn(const cBrowsers& browsers) {
         if (walk->Next(1, entry.Put(), &fetched) != S_OK || fetched != 1) {
             return found;
         }
-        found.emplace_back(Query<IWebBrowser2>(entry.Get().punkVal).Get());
+        const auto browser = Query<IWebBrowser2>(entry.Get().punkVal);
+        found.emplace_back(browser.Get(), FrameOf(browser.Get()));
     }
 }
 

@@ -24,6 +24,9 @@ class ComBrowser final : public Browser {
  public:
     /// Shares the browser.
     explicit ComBrowser(IWebBrowser2* browser) noexcept : m_browser(browser) {}
+    /// `frame` is its frame window, as it is known already; null for none. As long as that does not answer
+    /// the browser is not called: its handle is the known one, its texts are empty.
+    ComBrowser(IWebBrowser2* browser, HWND frame) noexcept : m_browser(browser), m_frame(frame) {}
 
     std::int32_t Handle() const override;
     std::wstring LocationName() const override;
@@ -35,7 +38,10 @@ class ComBrowser final : public Browser {
  private:
     IWebBrowser2& Object() const;
 
+    bool Hangs() const;
+
     ComPtr<IWebBrowser2> m_browser;
+    HWND m_frame = nullptr;
 };
 
 /// The browsers of the list as it is now, in its order.

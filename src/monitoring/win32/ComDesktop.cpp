@@ -4,6 +4,7 @@
 
 #include <array>
 
+#include "monitoring/win32/Answering.h"
 #include "monitoring/win32/EventSink.h"
 #include "monitoring/win32/cBrowser.h"
 #include "runtime/win32/ComError.h"
@@ -50,9 +51,20 @@ class ComWalk final : public WindowWalk {
         CallOut([&] { return result = m_windows->Next(1, m_entry.Put(), &fetched); });
         return result == S_OK && fetched == 1;
     }
+    const void* Identity() override {
+        return HasObject() ? IdentityOf(m_entry.Get().punkVal).Get() : nullptr;
+    }
+    bool Answers() override {
+        if (!HasObject() || ServerAnswers(m_entry.Get().punkVal)) {
+            return true;
+        }
+        // Letting go of the entry would be a call.
+        KeepForEver(IdentityOf(m_entry.Get().punkVal), nullptr);
+        return false;
+    }
     DesktopWindowPtr Window() override {
         const VARIANT& value = m_entry.Get();
-        if (value.vt != VT_DISPATCH && value.vt != VT_UNKNOWN) {
+        if (!IsObject()) {
             throw RunTimeError(RunTimeError::kTypeMismatch);
         }
         SetErrorInfo(0, nullptr);
@@ -61,6 +73,9 @@ class ComWalk final : public WindowWalk {
     }
 
  private:
+    bool IsObject() const { return m_entry.Get().vt == VT_DISPATCH || m_entry.Get().vt == VT_UNKNOWN; }
+    bool HasObject() const { return IsObject() && m_entry.Get().punkVal != nullptr; }
+
     ComPtr<IEnumVARIANT> m_windows;
     Variant m_entry;
 };
@@ -102,6 +117,8 @@ class ComSink final : public WindowSink {
         m_browser->SetInterFace(ComPtr<IBrowser>(&receiver));
         m_browser->SetBrowser(browser);
     }
+    /// No more events, and no call either: the other side's hold on the sink is cut.
+    void CutOff() noexcept { m_browser->CutOff(); }
 
  private:
     const ComPtr<cBrowser> m_browser = MakeCom<cBrowser>();
@@ -121,12 +138,41 @@ ComPtr<IShellWindows> CreateShellWindows() {
 std::int32_t ComWindow::Handle() {
     SHANDLE_PTR handle = 0;
     CallOut([&] { return m_browser->get_HWND(&handle); });
+    if (m_frame != nullptr) {
+        ForgetFrame(Identity());
+    }
+    m_frame = reinterpret_cast<HWND>(handle);
+    if (m_frame != nullptr) {
+        RememberFrame(Identity(), m_frame);
+    }
     return static_cast<std::int32_t>(handle);
+}
+
+ComWindow::~ComWindow() {
+    if (m_frame != nullptr) {
+        ForgetFrame(Identity());
+    }
+}
+
+bool ComWindow::Answers() {
+    constexpr DWORD kAskAgainAfter = 1000;
+    if (!m_hung || GetTickCount() - m_hungAt >= kAskAgainAfter) {
+        m_hung = m_frame != nullptr ? !FrameAnswers(m_frame) : !ServerAnswers(m_browser.Get());
+        m_hungAt = GetTickCount();
+    }
+    return !m_hung;
 }
 
 std::unique_ptr<ShellConnection> ComDesktop::ConnectShell(std::shared_ptr<ShellListener> listener) {
     auto shell = m_makeShellWindows();
     return std::make_unique<ComShell>(std::move(shell), std::move(listener));
+}
+
+void ComDesktop::Park(const DesktopWindowPtr& window, std::shared_ptr<WindowSink> sink) noexcept {
+    if (sink) {
+        static_cast<ComSink&>(*sink).CutOff();
+    }
+    KeepForEver(IdentityOf(ComWindow::BrowserOf(window).Get()), std::move(sink));
 }
 
 std::unique_ptr<WindowSink> ComDesktop::Listen(const DesktopWindowPtr& window) {

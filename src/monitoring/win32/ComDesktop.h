@@ -26,8 +26,13 @@ class ComWindow final : public DesktopWindow {
     explicit ComWindow(ComPtr<IWebBrowser2> browser)
         : m_browser(std::move(browser)), m_identity(IdentityOf(m_browser.Get())) {}
 
+    ~ComWindow() override;
+    ComWindow(const ComWindow&) = delete;
+    ComWindow& operator=(const ComWindow&) = delete;
+
     std::int32_t Handle() override;
     const void* Identity() const override { return m_identity.Get(); }
+    bool Answers() override;
 
     /// The object of a window that a ComDesktop has made.
     static const ComPtr<IWebBrowser2>& BrowserOf(const DesktopWindowPtr& window) {
@@ -37,6 +42,11 @@ class ComWindow final : public DesktopWindow {
  private:
     const ComPtr<IWebBrowser2> m_browser;
     const ComPtr<IUnknown> m_identity;
+    /// Once it was read.
+    HWND m_frame = nullptr;
+    /// When it last did not answer; asked again only some time later.
+    DWORD m_hungAt = 0;
+    bool m_hung = false;
 };
 
 /// The desktop's windows through COM. Their events go to a receiver.
@@ -48,6 +58,7 @@ class ComDesktop final : public WatchedDesktop {
 
     std::unique_ptr<ShellConnection> ConnectShell(std::shared_ptr<ShellListener> listener) override;
     std::unique_ptr<WindowSink> Listen(const DesktopWindowPtr& window) override;
+    void Park(const DesktopWindowPtr& window, std::shared_ptr<WindowSink> sink) noexcept override;
 
  private:
     const ShellWindowsMaker m_makeShellWindows;

@@ -36,6 +36,15 @@ void cBrowser::Disconnect() noexcept {
     const Advise connection = std::move(m_connection);
 }
 
+void cBrowser::CutOff() noexcept {
+    if (m_sink) {
+        m_sink->Detach();
+        CoDisconnectObject(m_sink.Get(), 0);
+    }
+    // The receiver may go; the connection and the browser may not: that would be calls.
+    const ComPtr<IBrowser> receiver = std::move(m_interFace);
+}
+
 void cBrowser::SetBrowser(ComPtr<IWebBrowser2> browser) {
     static_assert(kEvents[0].id == DISPID_BEFORENAVIGATE2 && kEvents[1].id == DISPID_DOCUMENTCOMPLETE &&
                   kEvents[2].id == DISPID_DOWNLOADBEGIN && kEvents[3].id == DISPID_DOWNLOADCOMPLETE &&

@@ -33,6 +33,9 @@ class cBrowser final : public ComObject<cBrowser, IUnknown> {
     /// RunTimeError when connecting fails; there is no browser then.
     void SetBrowser(ComPtr<IWebBrowser2> browser);
 
+    /// Ends the connection without a call to the browser, which keeps this object's reference to it.
+    void CutOff() noexcept;
+
     void* Find(REFIID iid) noexcept { return iid == IID_IUnknown ? static_cast<IUnknown*>(this) : nullptr; }
 
  private:

@@ -1,0 +1,151 @@
+#include "monitoring/win32/Answering.h"
+
+#include <objbase.h>
+
+#include <cstring>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace kestrelguard {
+
+namespace {
+
+/// How long a thread may take, in milliseconds. One that is merely busy keeps its sink and its place.
+constexpr UINT kPatience = 250;
+
+/// The head of a marshalled reference, as it stands in the stream.
+struct StandardReference {
+    DWORD signature;
+    DWORD kind;
+    GUID iid;
+    DWORD flags;
+    DWORD publicReferences;
+    ULONGLONG apartment;
+    ULONGLONG object;
+    GUID interfacePointer;
+};
+static_assert(sizeof(StandardReference) == 64);
+constexpr DWORD kReferenceSignature = 0x574F454D;  // "MEOW"
+constexpr DWORD kStandardKind = 1;
+
+/// The reference to an object of another process; false for an object of this one, and when COM will not say.
+bool ReferenceTo(IUnknown* object, StandardReference& reference) {
+    // Only what stands for an object of another process has this interface.
+    const auto proxy = ComPtr<IUnknown>(object).As<IClientSecurity>();
+    if (!proxy) {
+        return false;
+    }
+    ComPtr<IStream> stream;
+    // A weak reference is made up on this side alone.
+    if (FAILED(CreateStreamOnHGlobal(nullptr, TRUE, stream.Put())) ||
+        FAILED(CoMarshalInterface(stream.Get(), IID_IDispatch, object, MSHCTX_LOCAL, nullptr,
+                                  MSHLFLAGS_TABLEWEAK))) {
+        return false;
+    }
+    ULONG read = 0;
+    const LARGE_INTEGER start{};
+    return SUCCEEDED(stream->Seek(start, STREAM_SEEK_SET, nullptr)) &&
+           SUCCEEDED(stream->Read(&reference, sizeof(reference), &read)) && read == sizeof(reference) &&
+           reference.signature == kReferenceSignature && reference.kind == kStandardKind;
+}
+
+struct Search {
+    // The low halves of the process's number are in the reference, in one of these places.
+    WORD one;
+    WORD other;
+    bool answers = true;
+};
+
+BOOL CALLBACK LookAt(HWND window, LPARAM parameter) {
+    auto& search = *reinterpret_cast<Search*>(parameter);
+    DWORD process = 0;
+    GetWindowThreadProcessId(window, &process);
+    const WORD low = LOWORD(process);
+    if ((low == search.one || low == search.other) && process != GetCurrentProcessId() &&
+        IsWindowVisible(window) != FALSE && !FrameAnswers(window)) {
+        search.answers = false;
+    }
+    return search.answers ? TRUE : FALSE;
+}
+
+struct Kept {
+    IUnknown* browser;
+    std::shared_ptr<WindowSink>* sink;
+};
+struct KnownFrame {
+    HWND frame;
+    int times;
+};
+std::unordered_map<const void*, KnownFrame>& Frames() {
+    static std::unordered_map<const void*, KnownFrame> frames;
+    return frames;
+}
+std::vector<Kept>& Store() {
+    static std::vector<Kept> store;
+    return store;
+}
+
+}  // namespace
+
+bool FrameAnswers(HWND frame) {
+    DWORD_PTR result = 0;
+    SetLastError(ERROR_SUCCESS);
+    if (SendMessageTimeoutA(frame, WM_NULL, 0, 0, SMTO_ABORTIFHUNG | SMTO_BLOCK, kPatience, &result) != 0) {
+        return true;
+    }
+    const DWORD error = GetLastError();
+    return error != ERROR_SUCCESS && error != ERROR_TIMEOUT;
+}
+
+bool ServerAnswers(IUnknown* object) {
+    StandardReference reference{};
+    if (!ReferenceTo(object, reference)) {
+        return true;
+    }
+    Search search{reference.interfacePointer.Data2, reference.interfacePointer.Data3};
+    EnumWindows(LookAt, reinterpret_cast<LPARAM>(&search));
+    return search.answers;
+}
+
+void KeepForEver(ComPtr<IUnknown> browser, std::shared_ptr<WindowSink> sink) noexcept {
+    for (const Kept& one : Store()) {
+        if (!sink && one.browser == browser.Get()) {
+            // Held already: this reference is not the last.
+            return;
+        }
+    }
+    try {
+        auto kept = std::make_unique<std::shared_ptr<WindowSink>>(std::move(sink));
+        Store().push_back(Kept{browser.Get(), kept.get()});
+        static_cast<void>(browser.Detach());
+        static_cast<void>(kept.release());
+    } catch (const std::bad_alloc&) {
+        // Better kept without a note than let go.
+        static_cast<void>(browser.Detach());
+    }
+}
+
+void RememberFrame(const void* identity, HWND frame) {
+    KnownFrame& known = Frames().try_emplace(identity, KnownFrame{frame, 0}).first->second;
+    known.frame = frame;
+    ++known.times;
+}
+
+void ForgetFrame(const void* identity) noexcept {
+    const auto found = Frames().find(identity);
+    if (found != Frames().end() && --found->second.times == 0) {
+        Frames().erase(found);
+    }
+}
+
+HWND FrameOf(IUnknown* browser) noexcept {
+    const auto found = Frames().find(IdentityOf(browser).Get());
+    return found == Frames().end() ? nullptr : found->second.frame;
+}
+
+bool AnythingKept() noexcept {
+    return !Store().empty();
+}
+
+}  // namespace kestrelguard

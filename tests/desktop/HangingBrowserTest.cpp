@@ -1,0 +1,92 @@
+// A browser that does not answer, beside the unchanged program.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "RunningGuard.h"
+#include "desktop/Desktop.h"
+
+namespace kestrelguard::testing {
+namespace {
+
+using desktop::Browser;
+using desktop::BrowserOptions;
+using desktop::RemoteBrowser;
+using desktop::StandInDesktop;
+
+class HangingBrowserTest : public ::testing::Test {
+ protected:
+    ~HangingBrowserTest() override {
+        if (m_hanging != nullptr) {
+            m_hanging->Kill();
+        }
+    }
+    static BrowserOptions Page(const std::wstring& title) {
+        BrowserOptions options;
+        options.title = title;
+        options.url = L"http://" + title + L".example/";
+        return options;
+    }
+    RemoteBrowser& OpenFar() {
+        m_hanging = &m_desktop.OpenRemoteBrowser(OwnFolder() + L"\\browser_host.exe",
+                                                 {L"http://far.example/", L"far", true});
+        return *m_hanging;
+    }
+    bool Shows(const std::wstring& title) const {
+        const auto lines = m_guard->TreeLines();
+        return std::find(lines.begin(), lines.end(), L"    Title : " + title) != lines.end();
+    }
+
+    desktop::Apartment m_apartment;
+    StandInDesktop m_desktop;
+    RemoteBrowser* m_hanging = nullptr;
+    std::unique_ptr<RunningGuard> m_guard;
+};
+
+TEST_F(HangingBrowserTest, TheOthersAreWatchedAndTheEndStoresEverything) {
+    Browser& living = m_desktop.OpenBrowser(Page(L"near"));
+    RemoteBrowser& hung = OpenFar();
+    m_guard = std::make_unique<RunningGuard>();
+    ASSERT_TRUE(Shows(L"far"));
+    hung.Stop();
+    EXPECT_TRUE(living.FireNewWindow2().cancel);
+    Browser& next = m_desktop.OpenBrowser(Page(L"next"));
+    EXPECT_TRUE(WaitUntil([&] { return Shows(L"next"); }));
+    EXPECT_TRUE(next.FireNewWindow2().cancel);
+    EXPECT_TRUE(living.FireNewWindow2().cancel);
+    EXPECT_EQ(L"3", m_guard->Today());
+    next.Close();
+    EXPECT_TRUE(WaitUntil([&] { return !Shows(L"next"); }));
+    EXPECT_TRUE(Shows(L"far"));
+    EXPECT_TRUE(m_guard->EndsWell());
+    EXPECT_EQ("3", m_guard->Setting("PST"));
+}
+
+TEST_F(HangingBrowserTest, OnceItAnswersItIsWatchedExactlyOnce) {
+    m_desktop.OpenBrowser(Page(L"near"));
+    RemoteBrowser& hung = OpenFar();
+    m_guard = std::make_unique<RunningGuard>();
+    hung.Stop();
+    m_desktop.OpenBrowser(Page(L"next"));
+    EXPECT_TRUE(WaitUntil([&] { return Shows(L"next"); }));
+    hung.GoOn();
+    m_desktop.OpenBrowser(Page(L"last"));
+    EXPECT_TRUE(WaitUntil([&] { return Shows(L"last"); }));
+    EXPECT_EQ(1, hung.Sinks());
+    EXPECT_TRUE(hung.FireNewWindow2().cancel);
+    EXPECT_EQ(L"1", m_guard->Today());
+    EXPECT_TRUE(m_guard->EndsWell());
+}
+
+TEST_F(HangingBrowserTest, AStartBesideItShowsTheWindowAndWatchesTheOthers) {
+    Browser& living = m_desktop.OpenBrowser(Page(L"near"));
+    OpenFar().Stop();
+    m_guard = std::make_unique<RunningGuard>();
+    EXPECT_TRUE(Shows(L"near"));
+    EXPECT_TRUE(living.FireNewWindow2().cancel);
+    EXPECT_TRUE(m_guard->EndsWell());
+}
+
+}  // namespace
+}  // namespace kestrelguard::testing

@@ -1,0 +1,123 @@
+// A window that does not answer: it is never called, and nobody else minds.
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "monitoring/FakeWatchedDesktop.h"
+
+namespace kestrelguard::fakes {
+namespace {
+
+class HungWindowTest : public testing::Test {
+ protected:
+    ~HungWindowTest() override {
+        for (const auto& window : desktop.Windows()) {
+            EXPECT_EQ(0, window->waits) << "window " << window->number;
+            window->hung = false;
+        }
+    }
+    void Watch(int windows) {
+        for (int i = 1; i <= windows; ++i) {
+            desktop.Add(i);
+        }
+        monitored.On();
+    }
+    WindowState& Window(int number) { return *desktop.Windows()[static_cast<std::size_t>(number - 1)]; }
+
+    Desktop desktop;
+    Monitored monitored{desktop};
+};
+
+TEST_F(HungWindowTest, OthersComeAndGoAndItKeepsItsPlace) {
+    for (const int hung : {1, 2, 3}) {
+        SCOPED_TRACE(hung);
+        Desktop desk;
+        Monitored watched(desk);
+        for (int i = 1; i <= 3; ++i) {
+            desk.Add(i);
+        }
+        watched.On();
+        WindowState& window = *desk.Windows()[static_cast<std::size_t>(hung - 1)];
+        window.hung = true;
+        const auto keys = watched.Keys();
+        watched.Open();
+        EXPECT_EQ(std::vector<int>{4}, watched.created);
+        EXPECT_EQ((std::vector<int>{1, 2, 3, 4}), watched.ListedNumbers());
+        watched.CloseLast();
+        EXPECT_EQ(1, watched.destroyed);
+        EXPECT_EQ(keys, watched.Keys());
+        EXPECT_EQ(1, window.sinks);
+        EXPECT_EQ(2, window.listens);
+        // It answers again: the next announcement finds everything in order, and renews its sink.
+        window.hung = false;
+        watched.Open();
+        EXPECT_EQ((std::vector<int>{4, 5}), watched.created);
+        EXPECT_EQ(1, window.sinks);
+        EXPECT_EQ(3, window.listens);
+        EXPECT_EQ(0, window.waits);
+    }
+}
+
+TEST_F(HungWindowTest, AStartBesideItWatchesTheOthers) {
+    desktop.Add(9)->hung = true;
+    Watch(2);
+    EXPECT_EQ((std::vector<int>{2, 3}), monitored.ListedNumbers());
+    EXPECT_EQ(0, Window(1).sinks);
+    desktop.Registered();
+    EXPECT_TRUE(monitored.created.empty());
+    Window(1).hung = false;
+    desktop.Registered();
+    EXPECT_EQ(std::vector<int>{1}, monitored.created);
+    EXPECT_EQ(1, Window(1).sinks);
+}
+
+TEST_F(HungWindowTest, OneThatOpensAndHangsAtOnceIsToldWhenItAnswers) {
+    Watch(1);
+    desktop.Add(7)->hung = true;
+    desktop.Registered();
+    EXPECT_TRUE(monitored.created.empty());
+    monitored.Open();
+    EXPECT_EQ(std::vector<int>{3}, monitored.created);
+    Window(2).hung = false;
+    desktop.Registered();
+    EXPECT_EQ((std::vector<int>{3, 2}), monitored.created);
+}
+
+TEST_F(HungWindowTest, OneThatLeavesTheListIsCutOff) {
+    Watch(2);
+    Window(1).hung = true;
+    Window(1).listed = false;
+    desktop.Revoked();
+    EXPECT_EQ(1, monitored.destroyed);
+    EXPECT_EQ(std::vector<int>{2}, monitored.ListedNumbers());
+    ASSERT_EQ(1U, desktop.parked.size());
+    EXPECT_TRUE(desktop.parked[0].second);
+}
+
+TEST_F(HungWindowTest, SwitchingOffDoesNotWaitForIt) {
+    Watch(2);
+    Window(2).hung = true;
+    monitored.watching.SwitchOff();
+    EXPECT_EQ(0, Window(1).sinks);
+    EXPECT_EQ(0, desktop.connections);
+    ASSERT_FALSE(desktop.parked.empty());
+    EXPECT_TRUE(desktop.parked[0].second);
+}
+
+TEST_F(HungWindowTest, ARefreshKeepsItListedAndTheNextAnnouncementWatchesIt) {
+    Watch(2);
+    Window(2).hung = true;
+    monitored.Refresh();
+    EXPECT_EQ((std::vector<int>{1, 2}), monitored.ListedNumbers());
+    EXPECT_EQ(std::vector<std::wstring>{L"_1_"}, monitored.Keys());
+    Window(2).hung = false;
+    desktop.parked.clear();
+    desktop.Registered();
+    EXPECT_EQ((std::vector<std::wstring>{L"_1_", L"_2_"}), monitored.Keys());
+    EXPECT_EQ(1, Window(2).sinks);
+}
+
+}  // namespace
+}  // namespace kestrelguard::fakes
