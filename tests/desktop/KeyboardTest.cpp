@@ -19,6 +19,10 @@ namespace {
 
 using Names = std::vector<std::wstring>;
 
+constexpr wchar_t kTitleBox[] =
+    L"Prevent Internet Sites with the following words in their Title from loading... Seperate "
+    L"multiple keywords by a space and a minus sign.";
+
 class KeyboardTest : public ::testing::Test {
  protected:
     void Start(const std::string& settings = "MIN/:/:n\r\n") {
@@ -111,13 +115,10 @@ TEST_F(KeyboardTest, TabGoesThroughEveryControlInReadingOrder) {
                      L"OK", L"Cancel", tree}),
               TabRound());
     Press({VK_CONTROL, VK_TAB});
-    EXPECT_EQ(
-        (Names{tabs, L"Prevent the Following Internet Sites from loading in Internet Explorer...",
-               TypeAndId(edits[0]), L"Add", TypeAndId(m_guard->SiteList()), L"Remove",
-               L"Prevent Internet Sites with the following words in their Title from loading... Seperate "
-               L"multiple keywords by a space and a minus sign.",
-               TypeAndId(edits[1]), L"?", L"OK", L"Cancel", tree}),
-        TabRound());
+    EXPECT_EQ((Names{tabs, L"Prevent the Following Internet Sites from loading in Internet Explorer...",
+                     TypeAndId(edits[0]), L"Add", TypeAndId(m_guard->SiteList()), L"Remove", kTitleBox,
+                     TypeAndId(edits[1]), L"?", L"OK", L"Cancel", tree}),
+              TabRound());
     Press({VK_CONTROL, VK_TAB});
     const Names third = {tabs,
                          L"Clear Internet Explorer Cache Now",
