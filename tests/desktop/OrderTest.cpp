@@ -71,23 +71,25 @@ TEST_F(OrderDesktopTest, TheEndLetsTheBrowsersGoFirstAndWritesTheSettingsLast) {
     std::atomic<bool> cacheWindowThere = false;
     std::atomic<bool> iconThere = false;
     std::string written;
+    File lock;
     browser.BeforeUnadvise([&] {
         cacheWindowThere = cacheWindow() != nullptr;
         iconThere = !TrayIcons().empty();
         written = folder->SettingsLine("USE");
+        // Not before: a file that is locked from the start stays as it is, whenever it is to be written.
+        lock.Reset(CreateFileW(folder->File(L"KestrelS.CFG").c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+                               OPEN_EXISTING, 0, nullptr));
         ++unadvises;
     });
-    const File lock(CreateFileW(folder->File(L"KestrelS.CFG").c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
-                                OPEN_EXISTING, 0, nullptr));
-    ASSERT_TRUE(lock);
     PostMessageW(guard.Window(), WM_CLOSE, 0, 0);
-    // The settings cannot be written: all that comes before is done by now.
+    ASSERT_TRUE(WaitUntil([&] { return unadvises == 1; }));
+    ASSERT_EQ("USE/:/:41", written) << "while the browsers are let go";
+    // Now the settings cannot be written, which is told when all that comes before is done.
     const MessageBoxSeen box = WaitMessageBox(guard.Program().Id());
     ASSERT_TRUE(box);
     EXPECT_EQ(1, unadvises);
     EXPECT_TRUE(cacheWindowThere) << "while the browsers are let go";
     EXPECT_TRUE(iconThere) << "while the browsers are let go";
-    EXPECT_EQ("USE/:/:41", written);
     EXPECT_EQ(0, browser.Sinks().connected);
     EXPECT_EQ(nullptr, cacheWindow());
     EXPECT_TRUE(TrayIcons().empty());
