@@ -66,5 +66,43 @@ TEST_F(CancelDesktopTest, ALoneWordOfTheFileDoesNotComeBackAndTheEditActsWithThe
     EXPECT_EQ("y/:/:roulette -bingo", guard.Setting("SS2"));
 }
 
+TEST_F(CancelDesktopTest, WhatTheFilePutsIntoTheTextBoxIsNoChange) {
+    RunningGuard guard("SS2/:/:y/:/:Poker -dice\r\n");
+    const HWND words = guard.Edits()[1];
+    // Nothing but the text differs, so that nothing else can turn Apply on.
+    EditAndCancel(guard, L"roulette -bingo");
+    EXPECT_EQ(L"Poker -dice", TextOf(words)) << "the file was read";
+    ASSERT_TRUE(guard.Restore());
+    EXPECT_FALSE(Enabled(guard.Apply()));
+    // An edit is still heard.
+    TypeText(words, L"bingo -roulette");
+    EXPECT_TRUE(Enabled(guard.Apply()));
+}
+
+TEST_F(CancelDesktopTest, ApplyIsOffBeforeTheFileIsReadAndStaysOffWhenItCannotBeRead) {
+    RunningGuard guard("SS2/:/:y/:/:Poker -dice\r\n");
+    const HWND words = guard.Edits()[1];
+    TypeText(words, L"roulette -bingo");
+    ASSERT_TRUE(Enabled(guard.Apply()));
+    File lock(CreateFileW(guard.Folder()->File(L"KestrelS.CFG").c_str(), GENERIC_READ, 0, nullptr,
+                          OPEN_EXISTING, 0, nullptr));
+    ASSERT_TRUE(lock);
+    Click(guard.Button(L"Cancel"));
+    const MessageBoxSeen box = WaitMessageBox(guard.Program().Id());
+    ASSERT_TRUE(box);
+    EXPECT_FALSE(Enabled(guard.Apply())) << "while the failure is told";
+    EXPECT_TRUE(Dismiss(box));
+    ASSERT_TRUE(guard.WaitPosted());
+    EXPECT_FALSE(Enabled(guard.Apply()));
+    EXPECT_TRUE(guard.Shown()) << "what failed does not minimise";
+    EXPECT_EQ(L"roulette -bingo", TextOf(words));
+    // With nothing to cancel, a second Cancel does not read the file, locked or not.
+    ClickAndWait(guard.Button(L"Cancel"));
+    EXPECT_TRUE(WaitUntil([&] { return guard.Minimised(); }));
+    EXPECT_FALSE(FindMessageBox(guard.Program().Id()));
+    lock.Reset();
+    EXPECT_TRUE(guard.EndsWell());
+}
+
 }  // namespace
 }  // namespace kestrelguard::testing
