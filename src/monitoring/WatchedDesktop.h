@@ -68,6 +68,9 @@ class WatchedDesktop {
     /// Cuts off a window that does not answer, and the sink on it if there is one, and keeps both: letting go
     /// of them would call out and never come back.
     virtual void Park(const DesktopWindowPtr& window, std::shared_ptr<WindowSink> sink) noexcept = 0;
+    /// Lets the listener hear of a registered window once more in a while: a window that does not answer yet
+    /// may do so by then. Nothing more happens when that is to come already.
+    virtual void RemindLater(std::shared_ptr<ShellListener> listener) noexcept = 0;
 };
 
 /// The list of windows that rebuilds refill.

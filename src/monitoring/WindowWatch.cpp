@@ -249,6 +249,7 @@ void WindowWatch::WatchWindows(ShellConnection& shell, ReadHandles& handles) {
             errorsIgnored = Keep(known) || errorsIgnored;
             continue;
         } else if (!known && !walk->Answers()) {
+            m_desktop->RemindLater(m_shell.ear);
             continue;
         }
         DesktopWindowPtr window;
@@ -399,6 +400,9 @@ DesktopWindowPtr WindowWatch::GetNewBrowser(ReadHandles& handles) {
         const DesktopWindowPtr known = KnownAs(walk->Identity());
         if (known ? !known->Answers() : !walk->Answers()) {
             // Whether it is new shows when it answers.
+            if (!known) {
+                m_desktop->RemindLater(m_shell.ear);
+            }
             continue;
         }
         DesktopWindowPtr window;

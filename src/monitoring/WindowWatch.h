@@ -18,7 +18,8 @@ namespace kestrelguard {
 /// goes, and who is told of what.
 ///
 /// A window that does not answer is not called: it keeps its sink, its key and its place in the list until it
-/// answers or leaves the system's list. One that was not known before waits until it answers.
+/// answers or leaves the system's list. One that was not known before waits until it answers, and is asked
+/// again in a while: a new window is often busy just when it is announced.
 ///
 /// Calls to windows let other calls in. A rebuild is never entered a second time: an announcement that
 /// arrives during one is remembered and worked off after it. Members may be called in the middle of each

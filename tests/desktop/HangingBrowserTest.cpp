@@ -88,5 +88,17 @@ TEST_F(HangingBrowserTest, AStartBesideItShowsTheWindowAndWatchesTheOthers) {
     EXPECT_TRUE(m_guard->EndsWell());
 }
 
+TEST_F(HangingBrowserTest, OneThatWasBusyAtTheStartIsWatchedWithoutFurtherAnnouncement) {
+    RemoteBrowser& busy = OpenFar();
+    busy.Stop();
+    m_guard = std::make_unique<RunningGuard>();
+    EXPECT_FALSE(Shows(L"far"));
+    busy.GoOn();
+    EXPECT_TRUE(WaitUntil([&] { return Shows(L"far"); }));
+    EXPECT_EQ(1, busy.Sinks());
+    EXPECT_TRUE(busy.FireNewWindow2().cancel);
+    EXPECT_TRUE(m_guard->EndsWell());
+}
+
 }  // namespace
 }  // namespace kestrelguard::testing

@@ -68,6 +68,8 @@ class Desktop final : public WatchedDesktop {
     int failedAnnouncements = 0;
     /// Windows and sinks that are kept because letting go would wait for ever.
     std::vector<std::pair<DesktopWindowPtr, std::shared_ptr<WindowSink>>> parked;
+    /// Who wants to be reminded of a window that did not answer.
+    std::shared_ptr<ShellListener> reminded;
 
     std::shared_ptr<WindowState> Add(std::int32_t handle) {
         m_windows.push_back(std::make_shared<WindowState>());
@@ -129,6 +131,17 @@ class Desktop final : public WatchedDesktop {
 
     void Park(const DesktopWindowPtr& window, std::shared_ptr<WindowSink> sink) noexcept override {
         parked.emplace_back(window, std::move(sink));
+    }
+    void RemindLater(std::shared_ptr<ShellListener> listener) noexcept override {
+        reminded = std::move(listener);
+    }
+    /// The while is over; false when nobody wanted to be reminded.
+    bool Remind() {
+        const auto listener = std::exchange(reminded, nullptr);
+        if (listener) {
+            listener->WindowRegistered();
+        }
+        return listener != nullptr;
     }
 
     static WindowState& StateOf(const DesktopWindowPtr& window) {

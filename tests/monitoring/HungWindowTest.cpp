@@ -85,6 +85,37 @@ TEST_F(HungWindowTest, OneThatOpensAndHangsAtOnceIsToldWhenItAnswers) {
     EXPECT_EQ((std::vector<int>{3, 2}), monitored.created);
 }
 
+TEST_F(HungWindowTest, OneThatIsBusyWhenItOpensIsWatchedInAWhile) {
+    Watch(1);
+    EXPECT_FALSE(desktop.Remind());
+    desktop.Add(7)->hung = true;
+    desktop.Registered();
+    // Still busy, and after that no more.
+    ASSERT_TRUE(desktop.Remind());
+    EXPECT_TRUE(monitored.created.empty());
+    Window(2).hung = false;
+    ASSERT_TRUE(desktop.Remind());
+    EXPECT_EQ(std::vector<int>{2}, monitored.created);
+    EXPECT_EQ(1, Window(2).sinks);
+    EXPECT_FALSE(desktop.Remind());
+}
+
+TEST_F(HungWindowTest, AStartBesideABusyOneWatchesItInAWhile) {
+    desktop.Add(9)->hung = true;
+    Watch(1);
+    Window(1).hung = false;
+    ASSERT_TRUE(desktop.Remind());
+    EXPECT_EQ(std::vector<int>{1}, monitored.created);
+    EXPECT_EQ(1, Window(1).sinks);
+}
+
+TEST_F(HungWindowTest, AKnownOneThatIsBusyAsksForNoReminder) {
+    Watch(2);
+    Window(1).hung = true;
+    monitored.Open();
+    EXPECT_FALSE(desktop.Remind());
+}
+
 TEST_F(HungWindowTest, OneThatLeavesTheListIsCutOff) {
     Watch(2);
     Window(1).hung = true;

@@ -7,11 +7,15 @@
 #include "monitoring/win32/Answering.h"
 #include "monitoring/win32/EventSink.h"
 #include "monitoring/win32/cBrowser.h"
+#include "runtime/ErrorsIgnored.h"
 #include "runtime/win32/ComError.h"
 
 namespace kestrelguard {
 
 namespace {
+
+/// How long a new window that does not answer is left alone, in milliseconds.
+constexpr UINT kRemindAfter = 2000;
 
 /// What the shell says, on its way to a listener.
 class ShellEvents final : public ComObject<ShellEvents, IUnknown> {
@@ -173,6 +177,38 @@ void ComDesktop::Park(const DesktopWindowPtr& window, std::shared_ptr<WindowSink
         static_cast<ComSink&>(*sink).CutOff();
     }
     KeepForEver(IdentityOf(ComWindow::BrowserOf(window).Get()), std::move(sink));
+}
+
+void ComDesktop::RemindLater(std::shared_ptr<ShellListener> listener) noexcept {
+    // Without it the window is asked with the next announcement.
+    ErrorsIgnored([&] {
+        if (!m_reminder) {
+            m_reminder = std::make_unique<Reminder>();
+        }
+        m_reminder->Set(std::move(listener));
+    });
+}
+
+ComDesktop::Reminder::Reminder() : m_timer(1, kRemindAfter) {
+    Create(WindowKind{.name = "Kestrelguard.Reminder"}, WindowFrame{});
+    m_timer.Attach(Handle());
+}
+
+void ComDesktop::Reminder::Set(std::shared_ptr<ShellListener> listener) {
+    m_listener = std::move(listener);
+    m_timer.SetEnabled(true);
+}
+
+std::optional<LRESULT> ComDesktop::Reminder::OnMessage(UINT message, WPARAM /*wParam*/, LPARAM /*lParam*/) {
+    if (message != WM_TIMER) {
+        return std::nullopt;
+    }
+    m_timer.SetEnabled(false);
+    if (const auto listener = std::exchange(m_listener, nullptr)) {
+        // It may end the watching, and with it this object. Nobody waits for an answer.
+        ErrorsIgnored([&] { listener->WindowRegistered(); });
+    }
+    return 0;
 }
 
 std::unique_ptr<WindowSink> ComDesktop::Listen(const DesktopWindowPtr& window) {

@@ -6,8 +6,11 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <utility>
 
+#include "controls/win32/TimerControl.h"
+#include "controls/win32/WindowBase.h"
 #include "monitoring/WatchedDesktop.h"
 #include "monitoring/win32/IBrowser.h"
 #include "runtime/win32/Com.h"
@@ -59,10 +62,27 @@ class ComDesktop final : public WatchedDesktop {
     std::unique_ptr<ShellConnection> ConnectShell(std::shared_ptr<ShellListener> listener) override;
     std::unique_ptr<WindowSink> Listen(const DesktopWindowPtr& window) override;
     void Park(const DesktopWindowPtr& window, std::shared_ptr<WindowSink> sink) noexcept override;
+    void RemindLater(std::shared_ptr<ShellListener> listener) noexcept override;
 
  private:
+    /// An invisible window with a timer.
+    class Reminder final : public WindowBase {
+     public:
+        /// Throws RunTimeError when the system refuses the window.
+        Reminder();
+        void Set(std::shared_ptr<ShellListener> listener);
+
+     private:
+        std::optional<LRESULT> OnMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
+
+        std::shared_ptr<ShellListener> m_listener;
+        TimerControl m_timer;
+    };
+
     const ShellWindowsMaker m_makeShellWindows;
     IBrowser& m_receiver;
+    /// Made when it is first needed.
+    std::unique_ptr<Reminder> m_reminder;
 };
 
 }  // namespace kestrelguard
