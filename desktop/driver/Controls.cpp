@@ -1,6 +1,7 @@
 #include "desktop/driver/Controls.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace kestrelguard::testing {
 
@@ -201,6 +202,31 @@ HWND LabelRightOf(HWND parent, const wchar_t* label) {
         }
     }
     return best;
+}
+
+std::wstring TipOf(HWND form, HWND control) {
+    DWORD process = 0;
+    GetWindowThreadProcessId(form, &process);
+    for (const HWND window : TopWindows(process)) {
+        if (ClassOf(window) != TOOLTIPS_CLASSW || GetWindow(window, GW_OWNER) != form) {
+            continue;
+        }
+        const RemoteBlock block(window, 4096);
+        TTTOOLINFOA tool = {};
+        tool.cbSize = TTTOOLINFOA_V1_SIZE;
+        tool.uFlags = TTF_IDISHWND;
+        tool.hwnd = form;
+        tool.uId = reinterpret_cast<UINT_PTR>(control);
+        tool.lpszText = reinterpret_cast<char*>(block.Address() + 1024);
+        block.Write(&tool, TTTOOLINFOA_V1_SIZE);
+        const char nothing = '\0';
+        block.Write(&nothing, 1, 1024);
+        Ask(window, TTM_GETTEXTA, 1000, block.Address());
+        char text[1001] = {};
+        block.Read(text, 1000, 1024);
+        return std::wstring(text, text + std::strlen(text));
+    }
+    return L"no tip window";
 }
 
 MessageBoxSeen FindMessageBox(DWORD process) {

@@ -64,6 +64,10 @@ void ClickTab(HWND tabs, int tab);
 /// The label that stands to the right of another one, nearest to it and on the same line.
 HWND LabelRightOf(HWND parent, const wchar_t* label);
 
+/// The tool tip of a control inside a form; empty when it has none. A form without a tip window reads "no tip
+/// window".
+std::wstring TipOf(HWND form, HWND control);
+
 // Message boxes.
 struct MessageBoxSeen {
     HWND window = nullptr;

@@ -3,10 +3,7 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
-#include <commctrl.h>
-
 #include <algorithm>
-#include <cstring>
 #include <memory>
 #include <string>
 #include <vector>
@@ -22,32 +19,6 @@ namespace {
 using Texts = std::vector<std::wstring>;
 
 constexpr wchar_t kCaption[] = L"Kestrelguard v2.0 - IE Cache Details and Advanced Configuration";
-
-/// The tool tip of a control in another process.
-std::wstring TipOf(HWND form, HWND control) {
-    DWORD process = 0;
-    GetWindowThreadProcessId(form, &process);
-    for (const HWND window : TopWindows(process)) {
-        if (ClassOf(window) != TOOLTIPS_CLASSW || GetWindow(window, GW_OWNER) != form) {
-            continue;
-        }
-        const RemoteBlock block(window, 4096);
-        TTTOOLINFOA tool = {};
-        tool.cbSize = TTTOOLINFOA_V1_SIZE;
-        tool.uFlags = TTF_IDISHWND;
-        tool.hwnd = form;
-        tool.uId = reinterpret_cast<UINT_PTR>(control);
-        tool.lpszText = reinterpret_cast<char*>(block.Address() + 1024);
-        block.Write(&tool, TTTOOLINFOA_V1_SIZE);
-        const char nothing = '\0';
-        block.Write(&nothing, 1, 1024);
-        Ask(window, TTM_GETTEXTA, 1000, block.Address());
-        char text[1001] = {};
-        block.Read(text, 1000, 1024);
-        return std::wstring(text, text + std::strlen(text));
-    }
-    return L"no tip window";
-}
 
 class CacheWindowTest : public ::testing::Test {
  protected:
