@@ -166,6 +166,38 @@ bool Hook::RecordTray() const {
     return Call(*request);
 }
 
+bool Hook::RecordCalls() const {
+    const auto request = std::make_unique<hook::Request>();
+    request->operation = hook::Operation::RecordCalls;
+    return Call(*request);
+}
+
+std::unique_ptr<hook::Request> Hook::CallRecords() const {
+    auto request = std::make_unique<hook::Request>();
+    request->operation = hook::Operation::CallRecords;
+    if (!Call(*request) || request->timerCount > hook::Request::kMostCalls ||
+        request->executeCount > hook::Request::kMostCalls) {
+        throw std::runtime_error("the calls of the program under test were not all written down");
+    }
+    return request;
+}
+
+std::vector<TimerCall> Hook::TimerCalls() const {
+    const auto request = CallRecords();
+    return {request->timers, request->timers + request->timerCount};
+}
+
+std::vector<ExecuteCall> Hook::ExecuteCalls() const {
+    const auto request = CallRecords();
+    std::vector<ExecuteCall> calls;
+    for (DWORD i = 0; i < request->executeCount; ++i) {
+        const hook::ExecuteRecord& record = request->executes[i];
+        calls.push_back(
+            {record.owner, record.verb, record.file, record.parameters, record.folder, record.show});
+    }
+    return calls;
+}
+
 bool Hook::MakeListsOld() const {
     const auto request = std::make_unique<hook::Request>();
     request->operation = hook::Operation::OldLists;

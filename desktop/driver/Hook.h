@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -50,6 +51,18 @@ struct TrayCall {
     std::string tipBuffer;  ///< all 64 bytes
 };
 
+using TimerCall = hook::TimerRecord;
+
+/// One call of ShellExecuteA. A null pointer reads "(null)".
+struct ExecuteCall {
+    HWND owner = nullptr;
+    std::string verb;
+    std::string file;
+    std::string parameters;
+    std::string folder;
+    int show = 0;
+};
+
 /// A look inside the program under test: kg_hook.dll, loaded there by a thread of its own. The program's file
 /// is not touched. Everything throws std::runtime_error when the program does not answer.
 class Hook {
@@ -76,12 +89,20 @@ class Hook {
     bool RecordTray() const;
     std::vector<TrayCall> TrayCalls() const;
 
+    /// Writes down all calls of SetTimer and ShellExecuteA from now on; the shell opens nothing any more and
+    /// answers that it has no program for it. False when the program does not import both.
+    bool RecordCalls() const;
+    /// The first sixteen of each; throws std::runtime_error when there were more.
+    std::vector<TimerCall> TimerCalls() const;
+    std::vector<ExecuteCall> ExecuteCalls() const;
+
     /// From now on the program's list boxes take no more rows than those of Windows 98, 32,767. False when it
     /// does not import what it takes to fill one.
     bool MakeListsOld() const;
 
  private:
     bool Call(hook::Request& request) const;
+    std::unique_ptr<hook::Request> CallRecords() const;
 
     const Process& m_process;
     char* m_entry = nullptr;

@@ -1,5 +1,6 @@
 // A library that tests put into the program under test, to see there what no other process can see: the items
-// of an open menu, the number of USER and GDI objects, the records given to the notification area, its fonts.
+// of an open menu, the number of USER and GDI objects, the records given to the notification area, its fonts,
+// the timers that it sets and what it has the shell open.
 
 #include <windows.h>
 
@@ -22,6 +23,12 @@ constexpr DWORD kMostTrayRecords = 4096;
 std::array<TrayRecord, kMostTrayRecords> g_records;
 volatile LONG g_recordCount = 0;
 BOOL(WINAPI* g_notifyIcon)(DWORD, NOTIFYICONDATAA*) = nullptr;
+std::array<TimerRecord, Request::kMostCalls> g_timers;
+volatile LONG g_timerCount = 0;
+std::array<ExecuteRecord, Request::kMostCalls> g_executes;
+volatile LONG g_executeCount = 0;
+UINT_PTR(WINAPI* g_setTimer)(HWND, UINT_PTR, UINT, TIMERPROC) = nullptr;
+HINSTANCE(WINAPI* g_shellExecute)(HWND, LPCSTR, LPCSTR, LPCSTR, LPCSTR, INT) = nullptr;
 LRESULT(WINAPI* g_sendMessage)(HWND, UINT, WPARAM, LPARAM) = nullptr;
 LRESULT(WINAPI* g_callWindowProc)(WNDPROC, HWND, UINT, WPARAM, LPARAM) = nullptr;
 
@@ -35,6 +42,39 @@ BOOL WINAPI RecordNotifyIcon(DWORD message, NOTIFYICONDATAA* data) noexcept {
         std::memcpy(record.bytes, data, size);
     }
     return g_notifyIcon(message, data);
+}
+
+/// The record for one more call; null when there is no room left.
+template <class Records>
+auto* NextRecord(Records& records, volatile LONG& count) {
+    const auto number = static_cast<std::size_t>(InterlockedIncrement(&count) - 1);
+    return number < records.size() ? &records[number] : nullptr;
+}
+
+UINT_PTR WINAPI RecordSetTimer(HWND window, UINT_PTR id, UINT milliseconds, TIMERPROC procedure) noexcept {
+    if (TimerRecord* record = NextRecord(g_timers, g_timerCount)) {
+        *record = {window, static_cast<DWORD>(id), milliseconds};
+    }
+    return g_setTimer(window, id, milliseconds, procedure);
+}
+
+template <int size>
+void Keep(char (&field)[size], const char* text) {
+    lstrcpynA(field, text != nullptr ? text : "(null)", size);
+}
+
+/// Answers as where no program opens such a file.
+HINSTANCE WINAPI RecordShellExecute(HWND owner, LPCSTR verb, LPCSTR file, LPCSTR parameters, LPCSTR folder,
+                                    INT show) noexcept {
+    if (ExecuteRecord* record = NextRecord(g_executes, g_executeCount)) {
+        record->owner = owner;
+        Keep(record->verb, verb);
+        Keep(record->file, file);
+        Keep(record->parameters, parameters);
+        Keep(record->folder, folder);
+        record->show = show;
+    }
+    return reinterpret_cast<HINSTANCE>(SE_ERR_NOASSOC);
 }
 
 /// Whether a list box of Windows 98 would refuse the message: it takes 32,767 rows.
@@ -243,6 +283,18 @@ extern "C" __declspec(dllexport) DWORD WINAPI KestrelguardTestHook(void* paramet
             }
             break;
         }
+        case Operation::RecordCalls:
+            if (!RedirectTo(&RecordSetTimer, g_setTimer, "USER32.dll", "SetTimer") ||
+                !RedirectTo(&RecordShellExecute, g_shellExecute, "SHELL32.dll", "ShellExecuteA")) {
+                return 1;
+            }
+            break;
+        case Operation::CallRecords:
+            request.timerCount = static_cast<DWORD>(g_timerCount);
+            std::memcpy(request.timers, g_timers.data(), sizeof(request.timers));
+            request.executeCount = static_cast<DWORD>(g_executeCount);
+            std::memcpy(request.executes, g_executes.data(), sizeof(request.executes));
+            break;
         case Operation::ReadFont:
             ReadFont(request);
             break;

@@ -12,6 +12,8 @@ enum class Operation : DWORD {
     TrayRecords = 4,   ///< what was written down
     ReadFont = 5,      ///< the font of one of its controls
     OldLists = 6,      ///< list boxes take no more rows than those of Windows 98 from now on
+    RecordCalls = 7,   ///< write down every SetTimer and ShellExecuteA call from now on; nothing is opened
+    CallRecords = 8,   ///< what was written down
 };
 
 struct MenuItem {
@@ -27,10 +29,28 @@ struct TrayRecord {
     BYTE bytes[504];
 };
 
+/// One call of SetTimer.
+struct TimerRecord {
+    HWND window;
+    DWORD id;
+    DWORD milliseconds;
+};
+
+/// One call of ShellExecuteA. Texts are cut where they do not fit.
+struct ExecuteRecord {
+    HWND owner;
+    char verb[16];
+    char file[MAX_PATH];
+    char parameters[16];
+    char folder[MAX_PATH];
+    int show;
+};
+
 /// One request and its answer: travels into the program and back as it lies in memory.
 struct Request {
     static constexpr DWORD kMostItems = 32;
     static constexpr DWORD kMostRecords = 64;
+    static constexpr DWORD kMostCalls = 16;  ///< of each of the functions; later ones are not kept
 
     Operation operation;
     DWORD done;  ///< 1 when the library has dealt with it
@@ -47,6 +67,10 @@ struct Request {
     TrayRecord records[kMostRecords];
     HWND control;   ///< in: whose font to read
     LOGFONTW font;  ///< all zero when the control has none of its own
+    DWORD timerCount;
+    TimerRecord timers[kMostCalls];
+    DWORD executeCount;
+    ExecuteRecord executes[kMostCalls];
 };
 
 /// The exported function; runs on a thread of its own inside the program.
