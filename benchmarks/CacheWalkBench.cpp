@@ -32,7 +32,9 @@ class PlainLocale final : public Locale {
 
 class PlainDetails final : public CacheDetails {
  public:
-    std::wstring CacheEntryDetails(const std::wstring& address) override { return address; }
+    std::wstring CacheEntryDetails(const std::string& address) override {
+        return {address.begin(), address.end()};
+    }
 };
 
 class WindowVisibility final : public Visibility {

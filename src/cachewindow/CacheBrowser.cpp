@@ -52,9 +52,10 @@ void CacheBrowser::kg_CLST_DblClick() {
     if (row < 0) {
         return;
     }
-    const std::wstring address = SelectedAddress();
+    const std::string address = SelectedAddress();
+    const std::wstring text = m_parts.entries.Row(row);
     const int answer =
-        m_parts.boxes.Show(cache_texts::kAskEntry + address.substr(0, kAskedAddress) + cache_texts::kCutMark,
+        m_parts.boxes.Show(cache_texts::kAskEntry + text.substr(0, kAskedAddress) + cache_texts::kCutMark,
                            cache_texts::kConfirmCache, kQuestion);
     if (answer != box_answer::kYes) {
         return;
@@ -68,12 +69,12 @@ void CacheBrowser::kg_CLST_DblClick() {
     RemoveRow(row, address);
 }
 
-/// While the question was open a wash may have filled the list anew: the row is where its text is now.
-void CacheBrowser::RemoveRow(std::int32_t row, const std::wstring& address) {
+/// While the question was open a wash may have filled the list anew: the row is where its address is now.
+void CacheBrowser::RemoveRow(std::int32_t row, const std::string& address) {
     const std::int32_t count = m_parts.entries.Count();
-    if (row >= count || m_parts.entries.Row(row) != address) {
+    if (row >= count || m_parts.entries.Address(row) != address) {
         row = 0;
-        while (row < count && m_parts.entries.Row(row) != address) {
+        while (row < count && m_parts.entries.Address(row) != address) {
             ++row;
         }
     }
@@ -117,9 +118,9 @@ void CacheBrowser::fndCache_Click() {
     m_parts.fndCache.SetCaption(cache_texts::kFindAgain);
 }
 
-std::wstring CacheBrowser::SelectedAddress() const {
+std::string CacheBrowser::SelectedAddress() const {
     const std::int32_t row = m_parts.selection.SelectedRow();
-    return row < 0 ? std::wstring() : m_parts.entries.Row(row);
+    return row < 0 ? std::string() : m_parts.entries.Address(row);
 }
 
 bool CacheBrowser::FindFrom(std::int32_t row, const std::wstring& text) {

@@ -18,14 +18,14 @@ class CacheListing {
     virtual void LoadCacheEntries(bool clearFiles, bool clearCookies, bool cookiesOnly) = 0;
 };
 
-/// Single entries of the cache.
+/// Single entries of the cache, by the bytes of their addresses.
 class CacheEntries {
  public:
     virtual ~CacheEntries() = default;
     /// The details: three lines of text for an address.
-    virtual std::wstring CacheEntryDetails(const std::wstring& address) = 0;
+    virtual std::wstring CacheEntryDetails(const std::string& address) = 0;
     /// Deletes the entry. Answers 0, or the number of the error.
-    virtual std::uint32_t DeleteUrlCacheEntryA(const std::wstring& address) = 0;
+    virtual std::uint32_t DeleteUrlCacheEntryA(const std::string& address) = 0;
     /// The system's text for an error, cut at 200 characters.
     virtual std::wstring SystemMessage(std::uint32_t error) const = 0;
 };
@@ -36,7 +36,7 @@ class CacheBrowser {
     /// All of it belongs to the window and outlives this object.
     struct Parts {
         /// `kg_CLST`: the addresses.
-        ListRows& entries;
+        AddressRows& entries;
         ListSelection& selection;
         /// `fndTXT` and `fndCache`.
         const TextBox& fndTXT;
@@ -64,8 +64,8 @@ class CacheBrowser {
     void fndCache_Click();
 
  private:
-    std::wstring SelectedAddress() const;
-    void RemoveRow(std::int32_t row, const std::wstring& address);
+    std::string SelectedAddress() const;
+    void RemoveRow(std::int32_t row, const std::string& address);
     bool FindFrom(std::int32_t row, const std::wstring& text);
 
     Parts m_parts;

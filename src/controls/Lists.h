@@ -21,6 +21,16 @@ class ListRows {
     virtual void EndFill() {}
 };
 
+/// Rows that also hold the 8-bit texts that they came from: the code page may be unable to spell these back.
+class AddressRows : public ListRows {
+ public:
+    /// Appends the text, which is how the code page reads the address.
+    virtual void AppendAddress(const std::wstring& text, const std::string& address) = 0;
+    /// The bytes that the row came with; for one that came as a text alone what the code page makes of it,
+    /// for a row that is not there nothing.
+    virtual std::string Address(std::int32_t row) const = 0;
+};
+
 /// BeginFill now, EndFill at the end of the scope.
 class ListFill {
  public:

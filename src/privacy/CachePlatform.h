@@ -90,13 +90,13 @@ class PlatformText {
 class CacheDetails {
  public:
     virtual ~CacheDetails() = default;
-    virtual std::wstring CacheEntryDetails(const std::wstring& address) = 0;
+    virtual std::wstring CacheEntryDetails(const std::string& address) = 0;
 };
 
 /// What a walk reads and writes of the open cache window.
 struct CacheWindow {
     /// `kg_CLST`: the addresses, its selection, and whether it is shown.
-    ListRows& entries;
+    AddressRows& entries;
     ListSelection& selection;
     Visibility& visibility;
     /// `IECacheLBL` and `CacheDetail`.

@@ -185,7 +185,7 @@ void KG_IECache::LoadCacheEntries(bool& ShowList, bool& ClearFiles, bool& ClearC
                                   Grouped(CacheCookieCount, separator) + kLabelCookies);
     hidden->Show();
     if (window->entries.Count() > 0) {
-        window->detailsLabel.SetCaption(window->details.CacheEntryDetails(window->entries.Row(0)));
+        window->detailsLabel.SetCaption(window->details.CacheEntryDetails(window->entries.Address(0)));
         window->selection.SelectRow(0);
     }
 }
@@ -239,7 +239,7 @@ bool KG_IECache::Visit(const CacheEntryHead& head, const Task& task, CircleDetec
             CacheCookieCount = CheckedAdd(CacheCookieCount, 1);
         }
         if (!hide && (cookie || !task.cookiesOnly)) {
-            task.list->entries.Append(address);
+            task.list->entries.AppendAddress(address, m_ansiAddress);
         }
     }
     return true;

@@ -24,18 +24,22 @@ struct FakeListing final : CacheListing {
 };
 
 struct FakeEntries final : CacheEntries {
-    std::wstring CacheEntryDetails(const std::wstring& address) override { return L"<" + address + L">"; }
-    std::uint32_t DeleteUrlCacheEntryA(const std::wstring& address) override {
+    std::wstring CacheEntryDetails(const std::string& address) override {
+        asked = address;
+        return L"<" + std::wstring(address.begin(), address.end()) + L">";
+    }
+    std::uint32_t DeleteUrlCacheEntryA(const std::string& address) override {
         deleted.push_back(address);
         return error;
     }
     std::wstring SystemMessage(std::uint32_t) const override { return L"File not found.\r\n"; }
-    std::vector<std::wstring> deleted;
+    std::vector<std::string> deleted;
+    std::string asked;
     std::uint32_t error = 0;
 };
 
 struct CacheBrowserTest : testing::Test {
-    FakeListRows rows;
+    FakeAddressRows rows;
     FakeListSelection selection;
     FakeTextBox fndTXT;
     FakeCaption find;
@@ -144,7 +148,7 @@ TEST_F(CacheBrowserTest, ADeletedEntryLeavesTheList) {
     selection.row = 1;
     boxes.answer = 6;
     browser.kg_CLST_DblClick();
-    EXPECT_EQ(cache.deleted, (std::vector<std::wstring>{L"b"}));
+    EXPECT_EQ(cache.deleted, (std::vector<std::string>{"b"}));
     ASSERT_EQ(rows.rows.size(), 2U);
     EXPECT_EQ(rows.rows[1], L"c");
 }
@@ -157,6 +161,27 @@ TEST_F(CacheBrowserTest, OfTwoRowsOfOneTextTheOneAskedAboutGoes) {
     EXPECT_EQ(rows.rows, (std::deque<std::wstring>{L"a", L"b", L"c"}));
 }
 
+/// Two addresses that the code page reads alike and spells back as neither.
+TEST_F(CacheBrowserTest, AnEntryIsShownAndDeletedByTheBytesOfItsAddress) {
+    rows.AppendAddress(L"http://caf\xE9.example/", "http://caf\x81.example/");
+    rows.AppendAddress(L"http://caf\xE9.example/", "http://caf\x82.example/");
+    rows.AppendAddress(L"http://news.example/", "http://news.example/");
+    selection.row = 1;
+    browser.kg_CLST_Click();
+    EXPECT_EQ(cache.asked, "http://caf\x82.example/");
+    boxes.answer = 6;
+    // A wash has put the same entries in another order.
+    boxes.whileShown = [this] {
+        std::swap(rows.rows[1], rows.rows[2]);
+        std::swap(rows.addresses[1], rows.addresses[2]);
+    };
+    browser.kg_CLST_DblClick();
+    EXPECT_EQ(boxes.shown[0].text,
+              L"Delete this Internet Explorer Cache Entry now?\r\nhttp://caf\xE9.example/...");
+    EXPECT_EQ(cache.deleted, (std::vector<std::string>{"http://caf\x82.example/"}));
+    EXPECT_EQ(rows.addresses, (std::deque<std::string>{"http://caf\x81.example/", "http://news.example/"}));
+}
+
 /// A wash fills the list anew while the question is open: other rows, the first one selected.
 TEST_F(CacheBrowserTest, TheAnswerConcernsTheRowThatWasAskedAbout) {
     Fill({L"a", L"b", L"c"});
@@ -167,7 +192,7 @@ TEST_F(CacheBrowserTest, TheAnswerConcernsTheRowThatWasAskedAbout) {
         selection.row = 0;
     };
     browser.kg_CLST_DblClick();
-    EXPECT_EQ(cache.deleted, (std::vector<std::wstring>{L"c"}));
+    EXPECT_EQ(cache.deleted, (std::vector<std::string>{"c"}));
     EXPECT_EQ(rows.rows, (std::deque<std::wstring>{L"b", L"d"}));
 }
 
@@ -180,7 +205,7 @@ TEST_F(CacheBrowserTest, ARowThatTheWashTookAwayIsNotMissed) {
         selection.row = 0;
     };
     browser.kg_CLST_DblClick();
-    EXPECT_EQ(cache.deleted, (std::vector<std::wstring>{L"b"}));
+    EXPECT_EQ(cache.deleted, (std::vector<std::string>{"b"}));
     EXPECT_EQ(rows.rows, (std::deque<std::wstring>{L"a"}));
     boxes.whileShown = [this] { Fill({}); };
     selection.row = 0;

@@ -10,7 +10,8 @@
 
 namespace kestrelguard {
 
-class FakeListRows : public ListRows, public Fallible {
+template <class Interface>
+class FakeRows : public Interface, public Fallible {
  public:
     std::int32_t Count() const override {
         Call();
@@ -45,6 +46,43 @@ class FakeListRows : public ListRows, public Fallible {
 
  private:
     bool Has(std::int32_t row) const { return row >= 0 && static_cast<std::size_t>(row) < rows.size(); }
+};
+
+using FakeListRows = FakeRows<ListRows>;
+
+/// The code page of this list spells 7-bit characters alone.
+class FakeAddressRows : public FakeRows<AddressRows> {
+ public:
+    void AppendAddress(const std::wstring& text, const std::string& address) override {
+        Append(text);
+        addresses.resize(rows.size() - 1);
+        addresses.push_back(address);
+    }
+    std::string Address(std::int32_t row) const override {
+        const auto at = static_cast<std::size_t>(row);
+        if (at < addresses.size() && !addresses[at].empty()) {
+            Call();
+            return addresses[at];
+        }
+        std::string spelled;
+        for (const wchar_t letter : Row(row)) {
+            spelled += static_cast<unsigned long>(letter) < 0x80 ? static_cast<char>(letter) : '?';
+        }
+        return spelled;
+    }
+    void Remove(std::int32_t row) override {
+        FakeRows::Remove(row);
+        if (static_cast<std::size_t>(row) < addresses.size()) {
+            addresses.erase(addresses.begin() + row);
+        }
+    }
+    void Clear() override {
+        FakeRows::Clear();
+        addresses.clear();
+    }
+
+    /// Those of the rows that came with one; empty for others.
+    std::deque<std::string> addresses;
 };
 
 class FakeListSelection : public ListSelection, public Fallible {

@@ -318,10 +318,12 @@ class FakeCache : public UrlCache, public UrlCacheGroups, public LocalMemory, pu
 
 class FakeCacheDetails : public CacheDetails, public Fallible {
  public:
-    std::wstring CacheEntryDetails(const std::wstring& address) override {
+    std::wstring CacheEntryDetails(const std::string& address) override {
         Call();
-        return L"Details of " + address;
+        asked.push_back(address);
+        return L"Details of " + std::wstring(address.begin(), address.end());
     }
+    std::vector<std::string> asked;
 };
 
 /// A cache window made of fakes, and the desktop that has it or not.
@@ -349,7 +351,7 @@ class FakeCacheWindows : public CacheWindows {
     std::int32_t handle = 0;
     bool ours = false;
     std::vector<std::string> asked;
-    FakeListRows entries;
+    FakeAddressRows entries;
     FakeListSelection selection;
     FakeVisibility visibility;
     FakeCaption countLabel;

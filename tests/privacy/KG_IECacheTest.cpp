@@ -100,6 +100,15 @@ TEST_F(KG_IECacheTest, AnEntryIsDeletedByTheBytesOfItsAddress) {
     EXPECT_FALSE(walk.GroupsFlushed);
 }
 
+TEST_F(KG_IECacheTest, AnEntryIsListedWithTheBytesOfItsAddress) {
+    cache.Add("http://caf\xE9.example/");
+    cache.lossyText = true;
+    windows.Open();
+    Walk(true, false, false);
+    EXPECT_EQ(windows.entries.Address(0), "http://caf\xE9.example/");
+    EXPECT_EQ(windows.details.asked, (Texts{"http://caf\xE9.example/"}));
+}
+
 TEST_F(KG_IECacheTest, ClearingFilesSparesEveryCookie) {
     FillUsual();
     cache.Add("http://shop.example/?return=Cookie:1");

@@ -35,10 +35,10 @@ class CacheWindowHost final : public CacheWindowOpener, CacheListing, CacheEntri
 
  private:
     void LoadCacheEntries(bool clearFiles, bool clearCookies, bool cookiesOnly) override;
-    std::wstring CacheEntryDetails(const std::wstring& address) override {
+    std::wstring CacheEntryDetails(const std::string& address) override {
         return m_entries.CacheEntryDetails(address);
     }
-    std::uint32_t DeleteUrlCacheEntryA(const std::wstring& address) override {
+    std::uint32_t DeleteUrlCacheEntryA(const std::string& address) override {
         return m_entries.DeleteUrlCacheEntryA(address);
     }
     std::wstring SystemMessage(std::uint32_t error) const override { return m_entries.SystemMessage(error); }

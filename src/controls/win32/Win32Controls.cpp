@@ -87,6 +87,10 @@ std::int32_t ListBoxControl::Count() const {
 }
 
 std::wstring ListBoxControl::Row(std::int32_t row) const {
+    return FromAnsi(RowBytes(row));
+}
+
+std::string ListBoxControl::RowBytes(std::int32_t row) const {
     const LRESULT length = SendMessageA(m_window, LB_GETTEXTLEN, static_cast<WPARAM>(row), 0);
     if (length == LB_ERR) {
         return {};
@@ -95,18 +99,42 @@ std::wstring ListBoxControl::Row(std::int32_t row) const {
     const LRESULT copied =
         SendMessageA(m_window, LB_GETTEXT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(text.data()));
     text.resize(copied == LB_ERR ? 0 : static_cast<std::size_t>(copied));
-    return FromAnsi(text);
+    return text;
 }
 
 void ListBoxControl::Append(const std::wstring& text) {
-    const AnsiArgument row(text);
-    if (SendMessageA(m_window, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(row.Get())) < 0) {
+    Add(text, AnsiArgument(text).Get());
+}
+
+void ListBoxControl::AppendAddress(const std::wstring& text, const std::string& address) {
+    const AnsiArgument spelled(text);
+    if (address == spelled.Get()) {
+        Add(text, spelled.Get());
+        return;
+    }
+    m_addresses.push_back(address);
+    const WPARAM row = Add(text, spelled.Get());
+    SendMessageA(m_window, LB_SETITEMDATA, row, static_cast<LPARAM>(m_addresses.size()));
+}
+
+std::string ListBoxControl::Address(std::int32_t row) const {
+    const auto number =
+        static_cast<std::size_t>(SendMessageA(m_window, LB_GETITEMDATA, static_cast<WPARAM>(row), 0));
+    const bool held = number > 0 && number <= m_addresses.size();
+    return held ? m_addresses[number - 1] : RowBytes(row);
+}
+
+/// Answers the number of the new row.
+WPARAM ListBoxControl::Add(const std::wstring& text, const char* row) {
+    const LRESULT added = SendMessageA(m_window, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(row));
+    if (added < 0) {
         throw RunTimeError(RunTimeError::kOutOfMemory);
     }
     if (m_scrollsSideways && text.size() > m_longestRow) {
         m_longestRow = text.size();
-        MakeRoomFor(ToAnsi(text));
+        MakeRoomFor(row);
     }
+    return static_cast<WPARAM>(added);
 }
 
 void ListBoxControl::MakeRoomFor(const std::string& row) {
@@ -135,6 +163,7 @@ void ListBoxControl::Remove(std::int32_t row) {
 
 void ListBoxControl::Clear() {
     SendMessageA(m_window, LB_RESETCONTENT, 0, 0);
+    m_addresses.clear();
 }
 
 void ListBoxControl::BeginFill() {

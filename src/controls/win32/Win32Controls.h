@@ -74,7 +74,7 @@ class DropDownControl final : public DropDown {
 };
 
 /// A list box, filled without drawing between BeginFill and EndFill.
-class ListBoxControl final : public ListRows, public ListSelection {
+class ListBoxControl final : public AddressRows, public ListSelection {
  public:
     void Attach(HWND window) { m_window = window; }
     HWND Handle() const { return m_window; }
@@ -85,6 +85,8 @@ class ListBoxControl final : public ListRows, public ListSelection {
     void Clear() override;
     void BeginFill() override;
     void EndFill() override;
+    void AppendAddress(const std::wstring& text, const std::string& address) override;
+    std::string Address(std::int32_t row) const override;
     std::int32_t SelectedRow() const override;
     void SelectRow(std::int32_t row) override;
 
@@ -92,9 +94,15 @@ class ListBoxControl final : public ListRows, public ListSelection {
     void ScrollSideways() { m_scrollsSideways = true; }
 
  private:
+    WPARAM Add(const std::wstring& text, const char* row);
+    std::string RowBytes(std::int32_t row) const;
     void MakeRoomFor(const std::string& row);
 
     HWND m_window = nullptr;
+    /// The addresses that the code page cannot spell back from their text; a row's data is the number of its
+    /// own, counted from 1, or 0. The window cannot hold them: systems that keep texts as Unicode send what
+    /// they are given through the code page.
+    std::vector<std::string> m_addresses;
     int m_fills = 0;
     bool m_scrollsSideways = false;
     std::size_t m_longestRow = 0;

@@ -47,8 +47,8 @@ CacheTime CacheTimeOf(const FILETIME& fileTime) {
 
 }  // namespace
 
-std::uint32_t WinInetEntries::DeleteUrlCacheEntryA(const std::wstring& address) {
-    return wininet::DeleteUrlCacheEntryA(ToAnsi(address).c_str());
+std::uint32_t WinInetEntries::DeleteUrlCacheEntryA(const std::string& address) {
+    return wininet::DeleteUrlCacheEntryA(address.c_str());
 }
 
 std::wstring WinInetEntries::SystemMessage(std::uint32_t error) const {
@@ -58,16 +58,15 @@ std::wstring WinInetEntries::SystemMessage(std::uint32_t error) const {
     return FromAnsi({text.data(), length});
 }
 
-std::wstring WinInetEntries::CacheEntryDetails(const std::wstring& address) {
-    const std::string ansi = ToAnsi(address);
+std::wstring WinInetEntries::CacheEntryDetails(const std::string& address) {
     std::vector<char> buffer(kBufferSize);
     DWORD size = kBufferSize;
-    BOOL found = GetUrlCacheEntryInfoA(ansi.c_str(),
+    BOOL found = GetUrlCacheEntryInfoA(address.c_str(),
                                        reinterpret_cast<INTERNET_CACHE_ENTRY_INFOA*>(buffer.data()), &size);
     if (!found && GetLastError() == ERROR_INSUFFICIENT_BUFFER) {
         buffer.assign(std::max<std::size_t>(size, kBufferSize), '\0');
         size = static_cast<DWORD>(buffer.size());
-        found = GetUrlCacheEntryInfoA(ansi.c_str(),
+        found = GetUrlCacheEntryInfoA(address.c_str(),
                                       reinterpret_cast<INTERNET_CACHE_ENTRY_INFOA*>(buffer.data()), &size);
     }
     INTERNET_CACHE_ENTRY_INFOA entry = {};

@@ -15,11 +15,11 @@ class WinInetEntries final : public CacheDetails {
     explicit WinInetEntries(const Locale& locale) : m_locale(locale) {}
 
     /// Deletes the entry. Answers 0, or the number of the error.
-    std::uint32_t DeleteUrlCacheEntryA(const std::wstring& address);
+    std::uint32_t DeleteUrlCacheEntryA(const std::string& address);
     /// The system's text for an error, cut at 200 characters.
     std::wstring SystemMessage(std::uint32_t error) const;
     /// An entry that is not there has an empty name, no times and no hits.
-    std::wstring CacheEntryDetails(const std::wstring& address) override;
+    std::wstring CacheEntryDetails(const std::string& address) override;
 
  private:
     const Locale& m_locale;

@@ -50,5 +50,25 @@ TEST_F(ListBoxControlTest, AppendsAndRemovesRows) {
     EXPECT_EQ(0, control.SelectedRow());
 }
 
+/// Addresses that the code page does not spell back from their texts stay with their rows.
+TEST_F(ListBoxControlTest, ARowKeepsTheBytesOfItsAddress) {
+    control.AppendAddress(L"http://caf?.example/", "http://caf\x82.example/");
+    control.AppendAddress(L"http://news.example/", "http://news.example/");
+    control.AppendAddress(L"http://caf?.example/", "http://caf\x81.example/");
+    control.Append(L"http://shop.example/");
+    EXPECT_EQ("http://caf?.example/;http://news.example/;http://caf?.example/;http://shop.example/;", Rows());
+    EXPECT_EQ("http://caf\x82.example/", control.Address(0));
+    control.Remove(0);
+    EXPECT_EQ("http://news.example/", control.Address(0));
+    EXPECT_EQ(L"http://caf?.example/", control.Row(1));
+    EXPECT_EQ("http://caf\x81.example/", control.Address(1));
+    EXPECT_EQ("http://shop.example/", control.Address(2));
+    EXPECT_EQ("", control.Address(3));
+    EXPECT_EQ("", control.Address(-1));
+    control.Clear();
+    control.AppendAddress(L"http://bank.example/", "http://bank.example/");
+    EXPECT_EQ("http://bank.example/", control.Address(0));
+}
+
 }  // namespace
 }  // namespace kestrelguard

@@ -18,7 +18,9 @@ using Texts = std::vector<std::string>;
 
 class SomeDetails : public CacheDetails {
  public:
-    std::wstring CacheEntryDetails(const std::wstring& address) override { return L"Details of " + address; }
+    std::wstring CacheEntryDetails(const std::string& address) override {
+        return L"Details of " + std::wstring(address.begin(), address.end());
+    }
 };
 
 /// The walk over the platform's own cache, with the stand-in's wininet.dll in front of it.
@@ -49,7 +51,7 @@ class WinInetCacheTest : public ::testing::Test {
     DesktopCacheWindows windows;
     FakeLocale locale;
     TextSet saved;
-    FakeListRows entries;
+    FakeAddressRows entries;
     FakeListSelection selection;
     FakeVisibility visibility;
     FakeCaption countLabel;

@@ -54,12 +54,12 @@ class WinInetEntriesTest : public testing::Test {
 
 TEST_F(WinInetEntriesTest, DeletesAnEntry) {
     ASSERT_FALSE(CacheFiller::Add("http://news.example/", "news").empty());
-    EXPECT_EQ(entries.DeleteUrlCacheEntryA(L"http://news.example/"), 0U);
+    EXPECT_EQ(entries.DeleteUrlCacheEntryA("http://news.example/"), 0U);
     EXPECT_TRUE(CacheFiller::Addresses().empty());
 }
 
 TEST_F(WinInetEntriesTest, TheErrorOfADeletionIsTakenBeforeAnythingElseSetsIt) {
-    const std::wstring address = L"http://nowhere.example/an/address/that/takes/memory";
+    const std::string address = "http://nowhere.example/an/address/that/takes/memory";
     g_errorOfFreedMemory = 4711;
     const std::uint32_t error = entries.DeleteUrlCacheEntryA(address);
     g_errorOfFreedMemory = 0;
@@ -77,7 +77,7 @@ TEST_F(WinInetEntriesTest, ATimeWithoutCalendarFieldsHasNoValue) {
     entry.dwStructSize = sizeof entry;
     entry.LastModifiedTime = beyond;
     ASSERT_TRUE(SetUrlCacheEntryInfoA("http://news.example/", &entry, CACHE_ENTRY_MODTIME_FC));
-    const std::wstring details = entries.CacheEntryDetails(L"http://news.example/");
+    const std::wstring details = entries.CacheEntryDetails("http://news.example/");
     EXPECT_NE(details.find(L"Modified: No value.\r\n"), std::wstring::npos)
         << testing::PrintToString(details);
 }
