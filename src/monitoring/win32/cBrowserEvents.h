@@ -29,7 +29,7 @@ class cBrowserEvents final : public DispatchObject<cBrowserEvents, IBrowser, ISu
     explicit cBrowserEvents(ShellWindowsMaker makeShellWindows)
         : m_watch(std::make_shared<WindowWatch>(
               std::make_shared<ComDesktop>(std::move(makeShellWindows), *this))) {}
-    ~cBrowserEvents();
+    ~cBrowserEvents() override;
     cBrowserEvents(const cBrowserEvents&) = delete;
     cBrowserEvents& operator=(const cBrowserEvents&) = delete;
 
