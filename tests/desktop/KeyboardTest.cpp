@@ -313,7 +313,8 @@ TEST_F(CacheKeyboardTest, TabGoesThroughTheCacheWindowInReadingOrder) {
     EXPECT_EQ((Names{TypeAndId(List()), L"All Cache", L"Cookies", L"<- Refresh", L"<- Clear", L"Save ->",
                      L"<- Remove", TypeAndId(saved), TypeAndId(FindInside(m_window, L"Edit")), L"<- Find"}),
               TabRound());
-    EXPECT_EQ(nullptr, ForEnter(m_window)) << "Enter presses nothing while a list has the focus";
+    EXPECT_TRUE(WaitUntil([&] { return ForEnter(m_window) == nullptr; }))
+        << "Enter presses nothing while a list has the focus";
     Press({VK_TAB});
     EXPECT_TRUE(
         WaitUntil([&] { return ForEnter(m_window) == FindInside(m_window, L"Button", L"All Cache"); }));

@@ -220,6 +220,9 @@ class Walk : private WalkedProgram {
             std::unique_ptr<HeldKey> control(keys & 1 ? std::make_unique<HeldKey>(BYTE{VK_CONTROL})
                                                       : nullptr);
             std::unique_ptr<HeldKey> shift(keys & 2 ? std::make_unique<HeldKey>(BYTE{VK_SHIFT}) : nullptr);
+            // A program may be told the keys' state of a moment ago: let that moment pass.
+            const DWORD held = GetTickCount();
+            WaitUntil([held] { return GetTickCount() - held > 100; });
             const PendingEvent pending = page->browser->Start(EventCall::NewWindow2());
             if (m_model.now.mode == 1) {
                 const MessageBoxSeen box = WaitMessageBox(m_guard->Program().Id());
