@@ -44,8 +44,16 @@ std::vector<TrayIcon> TrayIcons() {
             continue;
         }
         block.Read(&tool, sizeof(tool));
-        if (IsRectEmpty(&tool.rect)) {
-            continue;  // the icon is gone; the task bar never takes its tool tip down
+        RECT place = tool.rect;
+        if ((tool.uFlags & TTF_IDISHWND) != 0) {
+            // Wine 10: every icon is a window in the task bar, which goes away with its icon.
+            place = {};
+            if (IsWindowVisible(tool.hwnd)) {
+                GetClientRect(tool.hwnd, &place);
+            }
+        }
+        if (IsRectEmpty(&place)) {
+            continue;  // Wine 8: the icon is gone, but the task bar never takes its tool tip down
         }
         wchar_t text[kLength] = {};
         block.Read(text, sizeof(text), sizeof(tool));
@@ -53,7 +61,7 @@ std::vector<TrayIcon> TrayIcons() {
         TrayIcon icon;
         icon.tip = text;
         icon.bar = tool.hwnd;
-        icon.place = tool.rect;
+        icon.place = place;
         MapWindowPoints(tool.hwnd, nullptr, reinterpret_cast<POINT*>(&icon.place), 2);
         icons.push_back(std::move(icon));
     }
