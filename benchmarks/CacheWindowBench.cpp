@@ -112,7 +112,7 @@ class Window {
     Win32ProgramFolder m_folder{FolderOfProgram()};
     SavedCookiesStore m_savedCookiesFile{m_folder, m_locale, m_savedCookies};
     KG_IECache m_walk{{m_cache, m_cache, m_memory, m_text, m_windows, m_locale, m_savedCookies}};
-    CacheWindowHost m_host{{nullptr, m_walk, m_windows, m_locale, m_messages, m_savedCookies,
+    CacheWindowHost m_host{{WindowIcons{}, m_walk, m_windows, m_locale, m_messages, m_savedCookies,
                             m_savedCookiesFile, m_cookiesOnly,
                             [](HWND, const RunTimeError&) { Fail("a handler fails"); }}};
     HWND m_window = nullptr;
