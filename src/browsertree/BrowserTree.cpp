@@ -106,7 +106,9 @@ void BrowserTree::AddAddressNode(const Browser& browser) {
 
 void BrowserTree::SetBrowserNodeText(const Browser& browser, const std::wstring& suffix,
                                      const std::wstring& text) {
-    ErrorsIgnored([&] { m_parts.tvBrowsers.SetText(DetailKey(BrowserKey(browser.Handle()), suffix), text); });
+    // The browser waits for this: no call back to it.
+    ErrorsIgnored(
+        [&] { m_parts.tvBrowsers.SetText(DetailKey(BrowserKey(browser.KnownHandle()), suffix), text); });
 }
 
 void BrowserTree::BrowserCreated(const Browser& browser) {
@@ -138,9 +140,10 @@ void BrowserTree::RemoveFirstStaleNode() {
             candidates.insert(std::move(node.key));
         }
     }
-    // One read of each handle, whatever the number of nodes. A browser that does not answer matches none.
+    // The handles that the rebuild has just read; one it could not read is asked for once. A browser that
+    // does not answer then matches none.
     for (const std::shared_ptr<Browser>& browser : browsers) {
-        ErrorsIgnored([&] { candidates.erase(BrowserKey(browser->Handle())); });
+        ErrorsIgnored([&] { candidates.erase(BrowserKey(browser->KnownHandle())); });
     }
     if (candidates.empty()) {
         return;

@@ -66,6 +66,7 @@ class LoggedBrowser : public FakeBrowser {
         Meanwhile();
         return FakeBrowser::Handle();
     }
+    std::int32_t KnownHandle() const override { return known ? FakeBrowser::Handle() : Handle(); }
     std::wstring LocationName() const override {
         m_log.emplace_back(L"name?");
         Meanwhile();
@@ -77,6 +78,8 @@ class LoggedBrowser : public FakeBrowser {
         return FakeBrowser::LocationURL();
     }
 
+    /// The list knows its handle.
+    bool known = false;
     /// Runs once, within the next call.
     mutable std::function<void()> meanwhile;
 

@@ -21,6 +21,28 @@ TEST_F(BrowserTreeTest, TheTextOfAnUnknownBrowserChangesNothing) {
     EXPECT_EQ(Seen(), before);
 }
 
+TEST_F(BrowserTreeTest, ABrowserThatSpeaksIsNotAskedForAKnownHandle) {
+    const auto browser = Open(11);
+    browserTree.RefreshBrowserTree();
+    browser->known = true;
+    EXPECT_EQ(CallsOf([&] { browserTree.SetBrowserNodeText(*browser, L"URL", L"URL : x"); }),
+              Calls{L"text _11_URL 'URL : x'"});
+    browser->known = false;
+    EXPECT_EQ(CallsOf([&] { browserTree.SetBrowserNodeText(*browser, L"URL", L"URL : y"); }),
+              (Calls{L"handle?", L"text _11_URL 'URL : y'"}));
+}
+
+TEST_F(BrowserTreeTest, AWindowThatIsGoneIsFoundByTheKnownHandles) {
+    const auto staying = Open(11);
+    const auto going = Open(12);
+    browserTree.RefreshBrowserTree();
+    staying->known = true;
+    Close(going);
+    const Calls calls = CallsOf([&] { browserTree.BrowserDestroyed(); });
+    EXPECT_EQ(std::count(calls.begin(), calls.end(), L"handle?"), 0);
+    EXPECT_EQ(std::count(calls.begin(), calls.end(), L"remove _12"), 1);
+}
+
 TEST_F(BrowserTreeTest, ATextsErrorsAreIgnored) {
     const auto browser = Open(11);
     browserTree.RefreshBrowserTree();

@@ -150,14 +150,24 @@ TEST_F(MonitoringTest, FiftyWindowsOpenAndClose) {
         advises.push_back(browser->Sinks().advises);
         browser->ResetReads();
     }
-    m_desktop.OpenBrowser(Page(L"last"));
-    int reads = 0;
+    const auto reads = [this] {
+        int all = 0;
+        for (Browser* browser : m_desktop.Browsers()) {
+            all += browser->Reads(desktop::Property::Hwnd);
+            browser->ResetReads();
+        }
+        return all;
+    };
+    Browser& last = m_desktop.OpenBrowser(Page(L"last"));
     for (std::size_t i = 0; i < m_desktop.Browsers().size(); ++i) {
-        const Browser& browser = *m_desktop.Browsers()[i];
-        reads += browser.Reads(desktop::Property::Hwnd);
-        EXPECT_EQ(i < advises.size() ? advises[i] + 1 : 1, browser.Sinks().advises);
+        EXPECT_EQ(i < advises.size() ? advises[i] + 1 : 1, m_desktop.Browsers()[i]->Sinks().advises);
     }
-    EXPECT_LE(reads, 2 * kWindows + 10);
+    EXPECT_LE(reads(), kWindows + 10);
+    last.FireBeforeNavigate2(L"http://next.example/");
+    last.FireTitleChange(L"Next");
+    EXPECT_EQ(0, reads());
+    last.Close();
+    EXPECT_LE(reads(), kWindows + 10);
 
     for (Browser* browser : m_desktop.Browsers()) {
         browser->Close();

@@ -13,17 +13,30 @@ IWebBrowser2& ComBrowser::Object() const {
     return *m_browser;
 }
 
+namespace {
+
+std::int32_t NumberOf(HWND frame) {
+    return static_cast<std::int32_t>(reinterpret_cast<LONG_PTR>(frame));
+}
+
+}  // namespace
+
 bool ComBrowser::Hangs() const {
     return m_frame != nullptr && !FrameAnswers(m_frame);
 }
 
 std::int32_t ComBrowser::Handle() const {
     if (Hangs()) {
-        return static_cast<std::int32_t>(reinterpret_cast<LONG_PTR>(m_frame));
+        return NumberOf(m_frame);
     }
     SHANDLE_PTR handle = 0;
     CallOut([&] { return Object().get_HWND(&handle); });
     return static_cast<std::int32_t>(handle);
+}
+
+std::int32_t ComBrowser::KnownHandle() const {
+    const HWND frame = FrameOf(m_browser.Get());
+    return frame != nullptr ? NumberOf(frame) : Handle();
 }
 
 std::wstring ComBrowser::LocationName() const {

@@ -29,6 +29,7 @@ class ComBrowser final : public Browser {
     ComBrowser(IWebBrowser2* browser, HWND frame) noexcept : m_browser(browser), m_frame(frame) {}
 
     std::int32_t Handle() const override;
+    std::int32_t KnownHandle() const override;
     std::wstring LocationName() const override;
     std::wstring LocationURL() const override;
     std::wstring StatusText() const override;

@@ -139,6 +139,14 @@ ComPtr<IShellWindows> CreateShellWindows() {
     return shell;
 }
 
+ComWindow::ComWindow(ComPtr<IWebBrowser2> browser)
+    : m_browser(std::move(browser)), m_identity(IdentityOf(m_browser.Get())) {
+    if (const HWND frame = FrameOf(m_browser.Get())) {
+        RememberFrame(Identity(), frame);
+        m_frame = frame;
+    }
+}
+
 std::int32_t ComWindow::Handle() {
     SHANDLE_PTR handle = 0;
     CallOut([&] { return m_browser->get_HWND(&handle); });

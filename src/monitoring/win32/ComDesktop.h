@@ -26,9 +26,7 @@ ComPtr<IShellWindows> CreateShellWindows();
 /// A browser window, held by its automation object.
 class ComWindow final : public DesktopWindow {
  public:
-    explicit ComWindow(ComPtr<IWebBrowser2> browser)
-        : m_browser(std::move(browser)), m_identity(IdentityOf(m_browser.Get())) {}
-
+    explicit ComWindow(ComPtr<IWebBrowser2> browser);
     ~ComWindow() override;
     ComWindow(const ComWindow&) = delete;
     ComWindow& operator=(const ComWindow&) = delete;
@@ -45,7 +43,7 @@ class ComWindow final : public DesktopWindow {
  private:
     const ComPtr<IWebBrowser2> m_browser;
     const ComPtr<IUnknown> m_identity;
-    /// Once it was read.
+    /// Once it was read, through this or through another one for the same window.
     HWND m_frame = nullptr;
     /// When it last did not answer; asked again only some time later.
     DWORD m_hungAt = 0;

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "WatcherFixture.h"
+#include "monitoring/win32/ComBrowser.h"
 
 namespace kestrelguard {
 
@@ -173,11 +174,38 @@ TEST_F(WatcherTest, AnAnnouncementReadsEachHandleOnce) {
     }
 }
 
+TEST_F(WatcherTest, TheHandleOfAListedWindowIsKnownWithoutAskingIt) {
+    const auto a = desktop.Open(1);
+    const ComBrowser browser(a.Get());
+    EXPECT_EQ(1, browser.KnownHandle());
+    EXPECT_EQ(1, a->handleReads);
+    Watch();
+    const auto expectKnown = [&] {
+        const int before = a->handleReads;
+        EXPECT_EQ(1, browser.KnownHandle());
+        EXPECT_EQ(before, a->handleReads);
+    };
+    expectKnown();
+    const auto b = desktop.Open(2);
+    // The announcement reads the handles through the windows as they were known before it.
+    EXPECT_EQ(S_OK, desktop.Registered());
+    expectKnown();
+    desktop.Remove(b);
+    EXPECT_EQ(S_OK, desktop.Revoked());
+    expectKnown();
+    watcher->Close();
+    const int before = a->handleReads;
+    EXPECT_EQ(1, browser.KnownHandle());
+    EXPECT_EQ(before + 1, a->handleReads);
+}
+
 TEST_F(WatcherTest, AThousandWindowsLeaveNothingBehind) {
+    // Small numbers may be windows of the system, and those are asked whether they answer.
+    constexpr LONG kNoWindows = 0x7ABC0000;
     const auto first = desktop.Open(1);
     Watch();
     for (LONG i = 0; i < 1000; ++i) {
-        const auto browser = desktop.Open(10 + i);
+        const auto browser = desktop.Open(kNoWindows + i);
         desktop.Registered();
         ASSERT_EQ(1U, browser->connections->Sinks());
         desktop.Remove(browser);
