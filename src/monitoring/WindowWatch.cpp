@@ -1,53 +1,14 @@
 #include "monitoring/WindowWatch.h"
 
-#include <algorithm>
-#include <unordered_map>
+#include <optional>
+#include <unordered_set>
 #include <utility>
 
 #include "runtime/ErrorsIgnored.h"
 #include "runtime/FirstFailure.h"
 #include "runtime/Flagged.h"
-#include "runtime/Numbers.h"
 
 namespace kestrelguard {
-
-namespace {
-
-/// The counter after this one; the empty one counts as 0.
-std::wstring Advanced(const std::wstring& counter) {
-    return Decimal(CheckedAdd(RoundToInteger(LeadingNumber(counter)), 1));
-}
-
-/// Whether a window is this one.
-auto Same(const DesktopWindowPtr& one) {
-    return
-        [identity = one->Identity()](const DesktopWindowPtr& other) { return other->Identity() == identity; };
-}
-
-}  // namespace
-
-/// Handles that were read for one announcement: no window is asked twice for the same one.
-class WindowWatch::ReadHandles {
- public:
-    /// Throws RunTimeError when the window has to be asked and fails.
-    std::int32_t Of(const DesktopWindowPtr& window) {
-        const auto found = m_handles.find(window->Identity());
-        if (found != m_handles.end()) {
-            return found->second.handle;
-        }
-        const std::int32_t handle = window->Handle();
-        m_handles.insert_or_assign(window->Identity(), Known{window, handle});
-        return handle;
-    }
-
- private:
-    struct Known {
-        DesktopWindowPtr keptAlive;
-        std::int32_t handle;
-    };
-
-    std::unordered_map<const void*, Known> m_handles;
-};
 
 /// What one connection to the shell tells, passed on to the watch that has the connection.
 class WindowWatch::Ear final : public ShellListener {
@@ -91,12 +52,7 @@ void WindowWatch::Succeed(WindowWatch& predecessor) noexcept {
     }
     m_heard.Add(predecessor.m_heard);
     m_heard.Add(predecessor.m_inWork);
-    m_known = std::exchange(predecessor.m_known, std::nullopt);
-    m_came = std::move(predecessor.m_came);
-    m_went = predecessor.m_went;
-    m_owed = predecessor.m_owed;
-    m_createdDue = std::move(predecessor.m_createdDue);
-    m_destroyedDue = predecessor.m_destroyedDue;
+    m_changes = std::exchange(predecessor.m_changes, WindowChanges());
     predecessor.Close();
 }
 
@@ -124,22 +80,18 @@ void WindowWatch::Close() noexcept {
     m_closed = true;
     m_news = nullptr;
     m_list = nullptr;
-    ReleaseSinks();
+    m_sinks.Release();
     Park();
-    if (m_known) {
-        for (const auto& window : *m_known) {
-            if (!window->Answers()) {
-                m_desktop->Park(window, nullptr);
-            }
+    for (const auto& window : m_changes.Known()) {
+        if (!window->Answers()) {
+            m_desktop->Park(window, nullptr);
         }
     }
     Shell shell = std::exchange(m_shell, Shell());
     LetGo(shell);
-    // Each of these is let go with everything settled.
-    const auto known = std::exchange(m_known, std::nullopt);
+    // What these hold is let go with everything settled.
+    const WindowChanges changes = std::exchange(m_changes, WindowChanges());
     const Windows listed = std::move(m_listed);
-    const Windows came = std::move(m_came);
-    const auto due = std::move(m_createdDue);
 }
 
 void WindowWatch::LetGo(Shell& shell) noexcept {
@@ -150,18 +102,8 @@ void WindowWatch::LetGo(Shell& shell) noexcept {
     shell.connection.reset();
 }
 
-void WindowWatch::ReleaseSinks() noexcept {
-    // Each sink's end lets other calls in: they find the collection empty.
-    const Sinks sinks = std::exchange(m_colBrowsers, Sinks());
-    for (const Sink& sink : sinks) {
-        if (!sink.window->Answers()) {
-            m_resting.push_back(sink);
-        }
-    }
-}
-
 void WindowWatch::Park() noexcept {
-    for (const Sink& sink : std::exchange(m_resting, {})) {
+    for (const KeyedSinks::Sink& sink : m_sinks.TakeResting()) {
         m_desktop->Park(sink.window, sink.listening);
     }
 }
@@ -183,7 +125,7 @@ void WindowWatch::LoadBrowsers() {
 }
 
 void WindowWatch::Rebuild(ReadHandles& handles) {
-    ReleaseSinks();
+    m_sinks.Release();
     if (!m_closed) {
         ConnectShell();
     }
@@ -204,7 +146,7 @@ void WindowWatch::Rebuild(ReadHandles& handles) {
         Park();
     }
     if (m_list != nullptr) {
-        NoteChanges();
+        m_changes.Note(m_listed, m_wholeWalk);
     }
 }
 
@@ -266,7 +208,7 @@ void WindowWatch::WatchWindows(ShellConnection& shell, ReadHandles& handles) {
             return;
         }
         std::wstring key;
-        const bool keyBuilt = step([&] { key = KeyOf(handles.Of(window)); });
+        const bool keyBuilt = step([&] { key = m_sinks.KeyOf(handles.Of(window)); });
         if (m_closed) {
             return;
         }
@@ -275,7 +217,7 @@ void WindowWatch::WatchWindows(ShellConnection& shell, ReadHandles& handles) {
         ErrorsIgnored(
             [&] {
                 if (keyBuilt) {
-                    m_colBrowsers.Add(Sink{key, window, std::move(sink), handles.Of(window)}, key);
+                    m_sinks.Add({key, window, std::move(sink), handles.Of(window)});
                 }
             },
             [&] { List(window); });
@@ -290,102 +232,30 @@ void WindowWatch::List(const DesktopWindowPtr& window) {
 }
 
 DesktopWindowPtr WindowWatch::KnownAs(const void* identity) const {
-    for (const Sink& sink : m_resting) {
-        if (sink.window->Identity() == identity) {
-            return sink.window;
-        }
-    }
-    for (const Sink& sink : m_colBrowsers) {
-        if (sink.window->Identity() == identity) {
-            return sink.window;
-        }
-    }
-    if (m_known) {
-        for (const auto& window : *m_known) {
-            if (window->Identity() == identity) {
-                return window;
-            }
-        }
-    }
-    return nullptr;
+    const DesktopWindowPtr watched = m_sinks.WindowOf(identity);
+    return watched ? watched : m_changes.WindowOf(identity);
 }
 
 bool WindowWatch::Keep(const DesktopWindowPtr& window) {
-    const auto resting = std::find_if(m_resting.begin(), m_resting.end(), [&](const Sink& sink) {
-        return sink.window->Identity() == window->Identity();
-    });
-    const bool hasKey = resting != m_resting.end();
+    const bool hasKey = m_sinks.Rests(window);
     ErrorsIgnored(
         [&] {
             if (hasKey) {
-                Sink sink = std::move(*resting);
-                m_resting.erase(resting);
-                sink.key = KeyOf(sink.handle);
-                m_colBrowsers.Add(sink, sink.key);
+                m_sinks.Wake(window);
             }
         },
         [&] { List(window); });
     return hasKey;
 }
 
-std::wstring WindowWatch::KeyOf(std::int32_t handle) const {
-    const std::wstring start = L"_" + Decimal(handle) + L"_";
-    std::wstring counter;
-    while (KeyExists(m_colBrowsers, start + counter)) {
-        counter = Advanced(counter);
-    }
-    return start + counter;
-}
-
-bool WindowWatch::KeyExists(const Sinks& collection, const std::wstring& key) {
-    return collection.Contains(key);
-}
-
-std::vector<std::wstring> WindowWatch::Keys() const {
-    std::vector<std::wstring> keys;
-    for (const Sink& sink : m_colBrowsers) {
-        keys.push_back(sink.key);
-    }
-    return keys;
-}
-
-void WindowWatch::NoteChanges() {
-    Windows known = m_listed;
-    Identities now;
-    for (const auto& window : m_listed) {
-        now.insert(window->Identity());
-    }
-    if (m_known) {
-        Identities before;
-        for (const auto& window : *m_known) {
-            before.insert(window->Identity());
-            if (!m_wholeWalk && now.insert(window->Identity()).second) {
-                // The walk did not get there: nobody knows whether it is still open.
-                known.push_back(window);
-            }
-        }
-        for (const auto& window : m_listed) {
-            if (before.insert(window->Identity()).second) {
-                m_came.push_back(window);
-            }
-        }
-        m_went += static_cast<std::uint32_t>(
-            std::count_if(before.begin(), before.end(), [&](const void* one) { return !now.contains(one); }));
-        // Who came and went before anybody was told has never been there.
-        m_went -= static_cast<std::uint32_t>(
-            std::erase_if(m_came, [&](const auto& window) { return !now.contains(window->Identity()); }));
-    }
-    const auto old = std::exchange(m_known, std::move(known));
-}
-
 DesktopWindowPtr WindowWatch::GetNewBrowser(ReadHandles& handles) {
     const auto shell = m_shell.connection;
-    std::vector<Sink> watched(m_colBrowsers.begin(), m_colBrowsers.end());
+    const std::vector<KeyedSinks::Sink> watched = m_sinks.All();
     // The scan of the sinks ends at one whose handle cannot be read, the same for every window.
     std::optional<std::unordered_set<std::int32_t>> watchedHandles;
     const auto readWatched = [&] {
         watchedHandles.emplace();
-        for (const Sink& sink : watched) {
+        for (const KeyedSinks::Sink& sink : watched) {
             const auto read = [&] {
                 watchedHandles->insert(sink.window->Answers() ? handles.Of(sink.window) : sink.handle);
             };
@@ -448,7 +318,7 @@ void WindowWatch::WorkOff() {
     while (!m_closed && m_heard.Anything()) {
         failure.Try([this] { WorkOffOnce(); });
         // Left over only after a failure: who went then is told after the next rebuild that succeeds.
-        m_owed += std::exchange(m_inWork, Heard()).revoked;
+        m_changes.Owe(std::exchange(m_inWork, Heard()).revoked);
     }
     failure.Try([this] { TellDue(); });
     failure.Rethrow();
@@ -463,58 +333,25 @@ void WindowWatch::WorkOffOnce() {
         if (m_inWork.registered > 0) {
             found = GetNewBrowser(handles);
         }
-        const bool wasKnown = Knows(found);
+        const bool wasKnown = m_changes.Knows(found);
         if (!m_closed && (found || m_inWork.revoked > 0 || m_inWork.loadAgain)) {
             Rebuild(handles);
         }
         if (m_closed) {
             return;
         }
-        MakeDue(std::exchange(m_inWork, Heard()), found, wasKnown);
+        const Heard done = std::exchange(m_inWork, Heard());
+        if (done.registered > 0 || done.revoked > 0) {
+            m_changes.MakeDue({done.revoked, done.perhapsRepeated, found, wasKnown});
+        }
     }
     TellDue();
 }
 
-bool WindowWatch::Knows(const DesktopWindowPtr& window) const {
-    return window && m_known && std::any_of(m_known->begin(), m_known->end(), Same(window));
-}
-
-void WindowWatch::MakeDue(const Heard& heard, const DesktopWindowPtr& found, bool wasKnown) {
-    if (heard.registered == 0 && heard.revoked == 0) {
-        return;
-    }
-    if (found) {
-        std::erase_if(m_came, Same(found));
-        m_createdDue.push_back(found);
-        if (!wasKnown && !Knows(found)) {
-            // It is told although it has gone again.
-            ++m_went;
-        }
-    }
-    const Windows came = std::exchange(m_came, Windows());
-    m_createdDue.insert(m_createdDue.end(), came.begin(), came.end());
-    // An announcement that may be a repetition, or an older one whose rebuild has failed, counts when a
-    // window has gone of which nobody was told.
-    const std::uint32_t announced = heard.revoked + std::exchange(m_owed, 0);
-    const std::uint32_t destroyed =
-        std::max(heard.revoked - heard.perhapsRepeated, std::min(announced, m_went));
-    m_went -= std::min(m_went, destroyed);
-    m_destroyedDue += destroyed;
-}
-
 void WindowWatch::TellDue() {
     FirstFailure failure;
-    while (m_news != nullptr && (!m_createdDue.empty() || m_destroyedDue > 0)) {
-        failure.Try([this] {
-            if (m_createdDue.empty()) {
-                --m_destroyedDue;
-                m_news->BrowserDestroyed();
-                return;
-            }
-            const DesktopWindowPtr window = std::move(m_createdDue.front());
-            m_createdDue.pop_front();
-            m_news->BrowserCreated(window);
-        });
+    while (m_news != nullptr && m_changes.AnythingDue()) {
+        failure.Try([this] { m_changes.TellNext(*m_news); });
     }
     failure.Rethrow();
 }

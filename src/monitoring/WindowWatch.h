@@ -1,16 +1,15 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
 #include <memory>
-#include <optional>
 #include <string>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
+#include "monitoring/KeyedSinks.h"
+#include "monitoring/ReadHandles.h"
 #include "monitoring/WatchedDesktop.h"
-#include "runtime/KeyedCollection.h"
+#include "monitoring/WindowChanges.h"
 
 namespace kestrelguard {
 
@@ -45,20 +44,10 @@ class WindowWatch final : public std::enable_shared_from_this<WindowWatch> {
     void Close() noexcept;
 
     /// The keys of the sinks, in the order of the windows: "_", the frame window's handle, "_" and a counter.
-    std::vector<std::wstring> Keys() const;
+    std::vector<std::wstring> Keys() const { return m_sinks.Keys(); }
 
  private:
-    /// A sink under its key.
-    struct Sink {
-        std::wstring key;
-        DesktopWindowPtr window;
-        std::shared_ptr<WindowSink> listening;
-        std::int32_t handle = 0;
-    };
-    using Sinks = KeyedCollection<Sink>;
-    using Windows = std::vector<DesktopWindowPtr>;
-    using Identities = std::unordered_set<const void*>;
-    class ReadHandles;
+    using Windows = WindowChanges::Windows;
     class Ear;
 
     /// A connection to the shell and the ear that it has.
@@ -84,7 +73,6 @@ class WindowWatch final : public std::enable_shared_from_this<WindowWatch> {
     /// The window that has just appeared: the first of the system's list whose handle no sink has. Reads each
     /// handle once; `handles` keeps them for the rebuild that follows.
     DesktopWindowPtr GetNewBrowser(ReadHandles& handles);
-    static bool KeyExists(const Sinks& collection, const std::wstring& key);
 
     void Rebuild(ReadHandles& handles);
     void ConnectShell();
@@ -95,19 +83,11 @@ class WindowWatch final : public std::enable_shared_from_this<WindowWatch> {
     bool Keep(const DesktopWindowPtr& window);
     void List(const DesktopWindowPtr& window);
     void Park() noexcept;
-    std::wstring KeyOf(std::int32_t handle) const;
-    /// Compares the list with what it was after the last rebuild.
-    void NoteChanges();
     static void LetGo(Shell& shell) noexcept;
-    void ReleaseSinks() noexcept;
 
     /// Does what announcements asked for, until none is left.
     void WorkOff();
     void WorkOffOnce();
-    bool Knows(const DesktopWindowPtr& window) const;
-    /// What there is to tell after an announcement's rebuild. `found` is the window that the search has
-    /// found, `wasKnown` whether it was known before the rebuild.
-    void MakeDue(const Heard& heard, const DesktopWindowPtr& found, bool wasKnown);
     void TellDue();
 
     const std::shared_ptr<WatchedDesktop> m_desktop;
@@ -118,9 +98,7 @@ class WindowWatch final : public std::enable_shared_from_this<WindowWatch> {
     bool m_closed = false;
 
     Shell m_shell;
-    Sinks m_colBrowsers;
-    /// Sinks on windows that do not answer, while a rebuild is under way.
-    std::vector<Sink> m_resting;
+    KeyedSinks m_sinks;
     /// The ear of the connection that is being made, beside that of the old one.
     std::shared_ptr<Ear> m_connecting;
 
@@ -129,21 +107,12 @@ class WindowWatch final : public std::enable_shared_from_this<WindowWatch> {
     Heard m_heard;
     /// What the work under way began with.
     Heard m_inWork;
-    /// Revocations whose rebuild has failed.
-    std::uint32_t m_owed = 0;
 
-    /// What the rebuild under way has put into the list, and the windows that the finished ones left known:
-    /// nothing before the list was filled for the first time.
+    /// What the rebuild under way has put into the list.
     Windows m_listed;
-    std::optional<Windows> m_known;
     /// The last walk went to the end of the system's list.
     bool m_wholeWalk = false;
-    /// Windows that came, and how many went, since somebody was told.
-    Windows m_came;
-    std::uint32_t m_went = 0;
-    /// What is to be told now.
-    std::deque<DesktopWindowPtr> m_createdDue;
-    std::uint32_t m_destroyedDue = 0;
+    WindowChanges m_changes;
 };
 
 }  // namespace kestrelguard

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "monitoring/FakeWatchedDesktop.h"
+#include "monitoring/Monitored.h"
 
 namespace kestrelguard::fakes {
 namespace {

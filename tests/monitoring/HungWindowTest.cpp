@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "monitoring/FakeWatchedDesktop.h"
+#include "monitoring/Monitored.h"
 
 namespace kestrelguard::fakes {
 namespace {
