@@ -5,6 +5,23 @@
 
 namespace kestrelguard::testing {
 
+namespace {
+
+/// Programs that read other programs' windows want the screen's own pixels, as the program under test has
+/// them: to one that says nothing a later system tells all places and sizes as if the screen had 96 dots per
+/// inch.
+bool WantRealPixels() noexcept {
+    using SetAware = BOOL(WINAPI*)();
+    const auto setAware = reinterpret_cast<SetAware>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("user32.dll"), "SetProcessDPIAware")));
+    return setAware != nullptr && setAware() != FALSE;
+}
+
+/// Before anything has asked for a size.
+[[maybe_unused]] const bool kRealPixels = WantRealPixels();
+
+}  // namespace
+
 bool Ask(HWND window, UINT message, WPARAM wParam, LPARAM lParam, LRESULT& answer, DWORD limit) {
     DWORD_PTR result = 0;
     if (SendMessageTimeoutW(window, message, wParam, lParam, SMTO_NORMAL, limit, &result) == 0) {

@@ -6,6 +6,7 @@
 
 #include <commctrl.h>
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
@@ -74,11 +75,17 @@ class LayoutTest : public ::testing::Test {
         return {room.right, room.bottom};
     }
 
+    /// How far the controls of a window may reach under its frame.
+    virtual SIZE UnderFrame(HWND /*parent*/) const { return {0, 0}; }
+
     /// Everything inside a window is inside, and apart.
     void ExpectApart(HWND parent) const {
         RECT client{};
         GetClientRect(parent, &client);
         MapWindowPoints(parent, nullptr, reinterpret_cast<POINT*>(&client), 2);
+        const SIZE underFrame = UnderFrame(parent);
+        client.right += underFrame.cx;
+        client.bottom += underFrame.cy;
         const std::vector<HWND> controls = Children(parent);
         for (std::size_t i = 0; i < controls.size(); ++i) {
             const RECT box = RectOf(controls[i]);
@@ -233,6 +240,22 @@ class CacheLayoutTest : public LayoutTest {
     }
 
     int ToPixels(int twips) const { return MulDiv(twips, m_dpi, 1440); }
+    /// The rules count in the whole window, and leave its frame 150 twips in width and 410 in height. What a
+    /// thicker frame (that of Windows XP and later) has more, lies over the controls.
+    SIZE UnderFrame(HWND parent) const override {
+        if (parent != m_window) {
+            return {0, 0};
+        }
+        RECT client{};
+        GetClientRect(parent, &client);
+        const RECT outer = RectOf(parent);
+        return {More(Width(outer) - Width(client), 150), More(Height(outer) - Height(client), 410)};
+    }
+    /// What pixels are more than twips; a pixel is added, since place and size of a control are rounded each.
+    LONG More(LONG pixels, LONG twips) const {
+        const LONG more = pixels - twips * m_dpi / 1440;
+        return more > 0 ? more + 1 : 0;
+    }
     /// Gives the window a size and answers the one that it has then.
     std::pair<int, int> Resize(int width, int height) const {
         SetWindowPos(m_window, nullptr, 0, 0, width, height, SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
