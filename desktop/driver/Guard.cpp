@@ -191,4 +191,27 @@ bool Guard::Close(DWORD limit) {
     return m_program.WaitGone(limit);
 }
 
+HeldKeys::HeldKeys(Guard& guard, std::vector<BYTE> keys) : m_guard(guard), m_keys(std::move(keys)) {
+    for (const BYTE key : m_keys) {
+        m_pressed.push_back(std::make_unique<HeldKey>(key));
+    }
+    if (!WaitUntil([this] { return AllSeen(true); })) {
+        throw std::runtime_error("the program does not see the keys that are held");
+    }
+}
+
+HeldKeys::~HeldKeys() {
+    m_pressed.clear();
+    try {
+        WaitUntil([this] { return !m_guard.Program().Running() || AllSeen(false); });
+    } catch (const std::exception&) {
+        // It has ended meanwhile: nobody is left to see them.
+    }
+}
+
+bool HeldKeys::AllSeen(bool held) const {
+    return std::all_of(m_keys.begin(), m_keys.end(),
+                       [&](BYTE key) { return m_guard.Inside().SeesHeld(m_guard.Window(), key) == held; });
+}
+
 }  // namespace kestrelguard::testing

@@ -113,4 +113,23 @@ class Guard {
     std::unique_ptr<Hook> m_hook;
 };
 
+/// Keys that are held down, for every process of the desktop, as long as this lives. The program may be told
+/// what was so a moment ago (Wine keeps the state of the keys for each thread), so this comes back only when
+/// the program sees them held, and goes only when it sees them released.
+class HeldKeys {
+ public:
+    /// Throws std::runtime_error when the program, which outlives this, does not come to see them.
+    HeldKeys(Guard& guard, std::vector<BYTE> keys);
+    ~HeldKeys();
+    HeldKeys(const HeldKeys&) = delete;
+    HeldKeys& operator=(const HeldKeys&) = delete;
+
+ private:
+    bool AllSeen(bool held) const;
+
+    Guard& m_guard;
+    const std::vector<BYTE> m_keys;
+    std::vector<std::unique_ptr<HeldKey>> m_pressed;
+};
+
 }  // namespace kestrelguard::testing

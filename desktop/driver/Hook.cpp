@@ -160,6 +160,24 @@ LOGFONTW Hook::FontOf(HWND control) const {
     return request->font;
 }
 
+std::optional<bool> Hook::SeesHeld(HWND window, BYTE key) const {
+    const auto request = KeyRequest(window, key);
+    return request ? std::optional<bool>(request->held != 0) : std::nullopt;
+}
+
+bool Hook::IsIdle(HWND window) const {
+    const auto request = KeyRequest(window, 0);
+    return request && request->waiting == 0;
+}
+
+std::unique_ptr<hook::Request> Hook::KeyRequest(HWND window, BYTE key) const {
+    auto request = std::make_unique<hook::Request>();
+    request->operation = hook::Operation::KeyState;
+    request->control = window;
+    request->key = key;
+    return Call(*request) ? std::move(request) : nullptr;
+}
+
 bool Hook::RecordTray() const {
     const auto request = std::make_unique<hook::Request>();
     request->operation = hook::Operation::RecordTray;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -85,6 +86,11 @@ class Hook {
     /// The font of one of the program's controls; all zero when the control uses the system's.
     LOGFONTW FontOf(HWND control) const;
 
+    /// Whether the thread that owns the window is told that a key is held. Nothing when it does not answer.
+    std::optional<bool> SeesHeld(HWND window, BYTE key) const;
+    /// Whether that thread waits for something to do: it has dealt with all keys and posted messages.
+    bool IsIdle(HWND window) const;
+
     /// Writes down all calls of Shell_NotifyIconA from now on. False when the program does not import it.
     bool RecordTray() const;
     std::vector<TrayCall> TrayCalls() const;
@@ -103,6 +109,8 @@ class Hook {
  private:
     bool Call(hook::Request& request) const;
     std::unique_ptr<hook::Request> CallRecords() const;
+    /// Null when the window's thread does not answer.
+    std::unique_ptr<hook::Request> KeyRequest(HWND window, BYTE key) const;
 
     const Process& m_process;
     char* m_entry = nullptr;

@@ -1,6 +1,6 @@
 // A library that tests put into the program under test, to see there what no other process can see: the items
 // of an open menu, the number of USER and GDI objects, the records given to the notification area, its fonts,
-// the timers that it sets and what it has the shell open.
+// the timers that it sets, what it has the shell open and which keys its threads see held.
 
 #include <windows.h>
 
@@ -248,6 +248,45 @@ void ReadFont(Request& request) {
     }
 }
 
+struct KeyAnswer {
+    DWORD held;
+    DWORD waiting;
+};
+
+UINT KeyMessage() {
+    return RegisterWindowMessageA("KestrelguardTestKeyState");
+}
+
+/// On the thread that owns the window: wParam is the key, lParam leads to the answer.
+LRESULT CALLBACK AnswerKeyState(int code, WPARAM sender, LPARAM parameter) noexcept {
+    const auto& message = *reinterpret_cast<const CWPSTRUCT*>(parameter);
+    if (code == HC_ACTION && message.message == KeyMessage()) {
+        auto& answer = *reinterpret_cast<KeyAnswer*>(message.lParam);
+        answer.held = GetAsyncKeyState(static_cast<int>(message.wParam)) < 0 ? 1 : 0;
+        answer.waiting = HIWORD(GetQueueStatus(QS_KEY | QS_POSTMESSAGE)) != 0 ? 1 : 0;
+    }
+    return CallNextHookEx(nullptr, code, sender, parameter);
+}
+
+/// Every thread may be told something else: Wine keeps what it told one for a while.
+bool ReadKeyState(Request& request) {
+    const DWORD thread = GetWindowThreadProcessId(request.control, nullptr);
+    const HHOOK hook = SetWindowsHookExW(WH_CALLWNDPROC, &AnswerKeyState, nullptr, thread);
+    if (hook == nullptr) {
+        return false;
+    }
+    // Not in the request itself: a late answer must not be written where nobody waits any more.
+    static KeyAnswer there;
+    DWORD_PTR answer = 0;
+    const bool answered =
+        SendMessageTimeoutW(request.control, KeyMessage(), request.key, reinterpret_cast<LPARAM>(&there),
+                            SMTO_NORMAL, 5000, &answer) != 0;
+    UnhookWindowsHookEx(hook);
+    request.held = there.held;
+    request.waiting = there.waiting;
+    return answered;
+}
+
 }  // namespace
 
 }  // namespace kestrelguard::hook
@@ -294,6 +333,11 @@ extern "C" __declspec(dllexport) DWORD WINAPI KestrelguardTestHook(void* paramet
             std::memcpy(request.timers, g_timers.data(), sizeof(request.timers));
             request.executeCount = static_cast<DWORD>(g_executeCount);
             std::memcpy(request.executes, g_executes.data(), sizeof(request.executes));
+            break;
+        case Operation::KeyState:
+            if (!ReadKeyState(request)) {
+                return 1;
+            }
             break;
         case Operation::ReadFont:
             ReadFont(request);

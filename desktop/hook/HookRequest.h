@@ -14,6 +14,7 @@ enum class Operation : DWORD {
     OldLists = 6,      ///< list boxes take no more rows than those of Windows 98 from now on
     RecordCalls = 7,   ///< write down every SetTimer and ShellExecuteA call from now on; nothing is opened
     CallRecords = 8,   ///< what was written down
+    KeyState = 9,      ///< what the thread of one of its windows is told about a key, and what lies before it
 };
 
 struct MenuItem {
@@ -65,8 +66,11 @@ struct Request {
     DWORD firstRecord;  ///< in: the first record to fetch
     DWORD recordCount;  ///< all records so far
     TrayRecord records[kMostRecords];
-    HWND control;   ///< in: whose font to read
+    HWND control;   ///< in: whose font to read, or whose thread to ask about a key
     LOGFONTW font;  ///< all zero when the control has none of its own
+    DWORD key;      ///< in: a virtual-key code
+    DWORD held;     ///< 1 when the thread is told that the key is down
+    DWORD waiting;  ///< 1 when keys or posted messages wait for the thread
     DWORD timerCount;
     TimerRecord timers[kMostCalls];
     DWORD executeCount;

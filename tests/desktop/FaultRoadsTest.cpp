@@ -229,8 +229,7 @@ TEST_F(FaultRoadsTest, Popup) {
         [this] {
             First().SetStatusText(L"http://link.example/");
             {
-                const HeldKey control(VK_CONTROL);
-                const HeldKey shift(VK_SHIFT);
+                const HeldKeys keys(*m_guard, {VK_CONTROL, VK_SHIFT});
                 First().FireNewWindow2();
                 First().WaitIdle();
             }

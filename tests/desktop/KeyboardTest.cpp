@@ -46,8 +46,9 @@ class KeyboardTest : public ::testing::Test {
         for (auto key = std::rbegin(keys); key != std::rend(keys); ++key) {
             keybd_event(*key, 0, Extended(*key) | KEYEVENTF_KEYUP, 0);
         }
-        // Keys are dealt with one after the other; so is what is sent behind them.
-        Ask(m_form, WM_NULL);
+        // What is sent overtakes keys: its thread must say that none is left.
+        EXPECT_TRUE(
+            WaitUntil([&] { return !m_guard->Program().Running() || m_guard->Inside().IsIdle(m_form); }));
     }
     static DWORD Extended(BYTE key) {
         return key == VK_NEXT || key == VK_PRIOR || key == VK_DOWN || key == VK_APPS ? KEYEVENTF_EXTENDEDKEY
@@ -313,8 +314,7 @@ TEST_F(CacheKeyboardTest, TabGoesThroughTheCacheWindowInReadingOrder) {
     EXPECT_EQ((Names{TypeAndId(List()), L"All Cache", L"Cookies", L"<- Refresh", L"<- Clear", L"Save ->",
                      L"<- Remove", TypeAndId(saved), TypeAndId(FindInside(m_window, L"Edit")), L"<- Find"}),
               TabRound());
-    EXPECT_TRUE(WaitUntil([&] { return ForEnter(m_window) == nullptr; }))
-        << "Enter presses nothing while a list has the focus";
+    EXPECT_EQ(nullptr, ForEnter(m_window)) << "Enter presses nothing while a list has the focus";
     Press({VK_TAB});
     EXPECT_TRUE(
         WaitUntil([&] { return ForEnter(m_window) == FindInside(m_window, L"Button", L"All Cache"); }));

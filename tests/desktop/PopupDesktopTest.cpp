@@ -15,10 +15,6 @@ using desktop::EventResult;
 using desktop::Property;
 using desktop::StandInDesktop;
 
-/// A window that comes to the screen takes the focus at some later moment, and Wine then forgets the keys
-/// that no real keyboard holds: the tests that hold keys show no window.
-constexpr char kInTheTray[] = "MIN/:/:y\r\n";
-
 /// A number as the labels show it, with this user's separator of thousands.
 std::wstring InGroups(std::wstring digits) {
     wchar_t separator[8] = {};
@@ -81,10 +77,10 @@ TEST_F(PopupDesktopTest, AThousandGetsItsSeparator) {
 }
 
 TEST_F(PopupDesktopTest, ControlLetsTheWindowOpen) {
-    RunningGuard guard(kInTheTray);
+    RunningGuard guard;
     Browser& browser = Watched();
     {
-        const HeldKey control(VK_CONTROL);
+        const HeldKeys keys(guard, {VK_CONTROL});
         const EventResult result = browser.FireNewWindow2();
         EXPECT_EQ(result.hr, S_OK);
         EXPECT_FALSE(result.cancel);
@@ -94,10 +90,10 @@ TEST_F(PopupDesktopTest, ControlLetsTheWindowOpen) {
 }
 
 TEST_F(PopupDesktopTest, ShiftAloneDoesNotHelp) {
-    RunningGuard guard(kInTheTray);
+    RunningGuard guard;
     Browser& browser = Watched();
     {
-        const HeldKey shift(VK_SHIFT);
+        const HeldKeys keys(guard, {VK_SHIFT});
         EXPECT_TRUE(browser.FireNewWindow2().cancel);
     }
     EXPECT_EQ(guard.Today(), L"1");
@@ -105,14 +101,13 @@ TEST_F(PopupDesktopTest, ShiftAloneDoesNotHelp) {
 }
 
 TEST_F(PopupDesktopTest, ControlAndShiftOpenTheLinkInTheSameWindow) {
-    RunningGuard guard(kInTheTray);
+    RunningGuard guard;
     BrowserOptions options;
     options.statusText = L"http://link.example/caf\x00E9?q=\x4E2D";
     options.navigates = false;
     Browser& browser = Watched(options);
     {
-        const HeldKey control(VK_CONTROL);
-        const HeldKey shift(VK_SHIFT);
+        const HeldKeys keys(guard, {VK_CONTROL, VK_SHIFT});
         const EventResult result = browser.FireNewWindow2();
         EXPECT_EQ(result.hr, S_OK);
         EXPECT_TRUE(result.cancel);
@@ -129,10 +124,9 @@ TEST_F(PopupDesktopTest, ControlAndShiftOpenTheLinkInTheSameWindow) {
 }
 
 TEST_F(PopupDesktopTest, ControlAndShiftCancelWhateverTheBrowserAnswers) {
-    RunningGuard guard(kInTheTray);
+    RunningGuard guard;
     Browser& browser = Watched();
-    const HeldKey control(VK_CONTROL);
-    const HeldKey shift(VK_SHIFT);
+    const HeldKeys keys(guard, {VK_CONTROL, VK_SHIFT});
     for (const Property property : {Property::StatusText, Property::Navigate}) {
         browser.Fail(property, E_FAIL);
         const EventResult result = browser.FireNewWindow2();
@@ -141,6 +135,22 @@ TEST_F(PopupDesktopTest, ControlAndShiftCancelWhateverTheBrowserAnswers) {
         browser.Fail(property, S_OK, 0);
     }
     EXPECT_EQ(guard.Today(), L"0");
+}
+
+TEST_F(PopupDesktopTest, KeysCountAtOnceBehindAPopupWithoutThem) {
+    RunningGuard guard;
+    BrowserOptions options;
+    options.navigates = false;
+    Browser& browser = Watched(options);
+    for (std::size_t round = 1; round <= 3; ++round) {
+        EXPECT_TRUE(browser.FireNewWindow2().cancel);
+        {
+            const HeldKeys keys(guard, {VK_CONTROL, VK_SHIFT});
+            EXPECT_TRUE(browser.FireNewWindow2().cancel);
+        }
+        EXPECT_EQ(browser.NavigateCalls().size(), round);
+        EXPECT_EQ(guard.Today(), std::to_wstring(round));
+    }
 }
 
 TEST_F(PopupDesktopTest, PromptAsksAndOpens) {
