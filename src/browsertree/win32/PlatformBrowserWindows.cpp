@@ -10,7 +10,7 @@ HWND WindowOf(std::int32_t handle) {
     return reinterpret_cast<HWND>(static_cast<LONG_PTR>(handle));
 }
 
-/// Whether the window's thread takes messages: showing and activating one that hangs would wait for it.
+/// Whether the window's thread takes messages: showing and activating one that hangs may wait for it.
 bool Answers(std::int32_t handle) {
     constexpr UINT kPatience = 1000;
     DWORD_PTR result = 0;
@@ -23,6 +23,9 @@ bool Answers(std::int32_t handle) {
 void PlatformBrowserWindows::ShowNormal(std::int32_t handle) {
     if (Answers(handle)) {
         ShowWindow(WindowOf(handle), SW_SHOWNORMAL);
+    } else {
+        // Done as soon as it answers again.
+        ShowWindowAsync(WindowOf(handle), SW_SHOWNORMAL);
     }
 }
 
