@@ -363,6 +363,25 @@ TEST_F(BlockingTest, AnEditActsFromApplyOnAndMarksTheSettings) {
     EXPECT_EQ(L"", PageFor(browser, L"Dice"));
 }
 
+TEST_F(BlockingTest, InTheVeryFirstRunNoWordIsBannedUntilTheWordsAreApplied) {
+    Start();
+    Browser& browser = Watched();
+    ClickAndWait(m_guard->Button(
+        L"Prevent Internet Sites with the following words in their Title from loading... Seperate multiple "
+        L"keywords by a space and a minus sign."));
+    EXPECT_EQ(L"xxx -porn -sex", TextOf(TitleField()));
+    EXPECT_EQ(L"", PageFor(browser, L"Free XXX"));
+    ClickOn(L"Apply");
+    EXPECT_EQ(L"", PageFor(browser, L"Free XXX"));
+    ApplyKeywords(L"xxx -porn");
+    EXPECT_TRUE(IsBlockedPage(PageFor(browser, L"Free XXX"), L"xxx"));
+    m_guard->Close();
+    m_guard = std::make_unique<Guard>(*m_folder);
+    ASSERT_TRUE(m_guard->WaitReady());
+    EXPECT_TRUE(WaitUntil([&] { return browser.Sinks().connected == 1; }));
+    EXPECT_TRUE(IsBlockedPage(PageFor(browser, L"Free XXX"), L"xxx"));
+}
+
 TEST_F(BlockingTest, APageThatCannotBeReplacedIsToldInABox) {
     Start("SS2/:/:y/:/:xxx -porn\r\n");
     Browser& browser = Watched();

@@ -129,6 +129,22 @@ TEST_F(CacheWindowTest, ThereIsOneWindowAndItsViewIsForgottenWhenItCloses) {
     EXPECT_EQ(2u, ListRows(Entries()).size());
 }
 
+TEST_F(CacheWindowTest, WhatTheMainWindowDoesToAnOpenWindow) {
+    CacheFiller::Add("http://a.example/", "a");
+    CacheFiller::Add("Cookie:a@a.example/", "c");
+    Start(L"Show Cookies");
+    // A cleaning lists everything that is left, in the view of the cookies, too.
+    ClickAndWait(m_guard->Button(L"Clear Internet Explorer Cookies Now"));
+    EXPECT_EQ((Texts{L"http://a.example/"}), ListRows(Entries()));
+    // Shown again with the other button it keeps its list until the next refresh.
+    ClickAndWait(Button(L"<- Refresh"));
+    EXPECT_EQ(Texts{}, ListRows(Entries()));
+    Show(L"Show Cache");
+    EXPECT_EQ(Texts{}, ListRows(Entries()));
+    ClickAndWait(Button(L"<- Refresh"));
+    EXPECT_EQ((Texts{L"http://a.example/"}), ListRows(Entries()));
+}
+
 TEST_F(CacheWindowTest, TheDetailsFollowTheSelection) {
     const std::string file = CacheFiller::Add("http://a.example/", "a");
     ASSERT_FALSE(file.empty());

@@ -39,6 +39,20 @@ TEST_F(PrivacyTest, SixtyMinutesAreSixtyTicks) {
     EXPECT_EQ("cs", There());
 }
 
+TEST_F(PrivacyTest, AFractionIsRoundedBeforeItsUnitWhenItIsReadAndAfterItWhenItIsTyped) {
+    Start(Schedule(true, false, false, true, "1.5/:/:h"));
+    Tick(119);
+    EXPECT_EQ("pcs", There());
+    Tick();
+    EXPECT_EQ("cs", There());
+    Refill();
+    TypeText(IntervalField(), L"1.5");
+    Tick(89);
+    EXPECT_EQ("pcs", There());
+    Tick();
+    EXPECT_EQ("cs", There());
+}
+
 TEST_F(PrivacyTest, TwoDaysAre2880Ticks) {
     Start(Schedule(true, false, false, true, "2/:/:d"));
     Tick(2879);
