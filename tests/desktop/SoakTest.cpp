@@ -61,7 +61,10 @@ class SoakTest : public ::testing::Test {
         EXPECT_EQ(before.windows, after.windows);
         EXPECT_EQ(before.menus, after.menus);
         EXPECT_EQ(before.icons, after.icons);
-        EXPECT_EQ(before.gdiObjects, after.gdiObjects);
+        // The platform's own ones go up and down by one or two (seen under Wine 10). What is left each time
+        // shows: everything is done more often than this.
+        constexpr int kPlatformsOwn = 5;
+        EXPECT_LE(after.gdiObjects, before.gdiObjects + kPlatformsOwn);
         // The platform keeps a few threads and their handles for a while, and memory in coarse pieces.
         EXPECT_LE(after.handles, before.handles + 20);
         EXPECT_LE(Memory(), memory + (4U << 20));
