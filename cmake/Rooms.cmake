@@ -17,8 +17,10 @@ elseif(KESTRELGUARD_SANITIZE)
   target_compile_options(kg_flags INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(kg_flags INTERFACE -fsanitize=address,undefined)
   # Between the sanitizers' checks GCC 13 and 14 no longer see how much their own library copies (a list of one element,
-  # an empty text), and warn of it. The other builds keep the warning.
-  target_compile_options(kg_flags INTERFACE $<$<CONFIG:Release>:-Wno-array-bounds>)
+  # an empty text), and warn of it. All other builds keep the warning.
+  if(CMAKE_CXX_COMPILER_VERSION VERSION_GREATER_EQUAL 13)
+    target_compile_options(kg_flags INTERFACE $<$<CONFIG:Release>:-Wno-array-bounds>)
+  endif()
 endif()
 
 # What the names of the native tests end with where they are built as the product is.
