@@ -10,6 +10,12 @@ std::wstring SiteList::Row(std::int32_t row) const {
     return Has(row) ? m_matcher.Text(m_rows[static_cast<std::size_t>(row)]) : std::wstring();
 }
 
+void SiteList::AppendRow(std::int32_t row, std::wstring& to) const {
+    if (Has(row)) {
+        m_matcher.AppendText(m_rows[static_cast<std::size_t>(row)], to);
+    }
+}
+
 void SiteList::Append(const std::wstring& text) {
     if (m_rows.size() == m_rows.capacity()) {
         m_rows.reserve(2 * m_rows.size() + 16);  // so that the matcher's row is never left without ours

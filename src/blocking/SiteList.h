@@ -23,6 +23,7 @@ class SiteList final : public ListRows {
 
     std::int32_t Count() const override { return static_cast<std::int32_t>(m_rows.size()); }
     std::wstring Row(std::int32_t row) const override;
+    void AppendRow(std::int32_t row, std::wstring& to) const override;
     void Append(const std::wstring& text) override;
     void Remove(std::int32_t row) override;
     void Clear() override;

@@ -12,6 +12,9 @@ class ListRows {
     virtual std::int32_t Count() const = 0;
     /// The row's text; an empty text for a row that is not there.
     virtual std::wstring Row(std::int32_t row) const = 0;
+    /// The same text behind what is there: a list that has it in memory makes no text of its own for each
+    /// row.
+    virtual void AppendRow(std::int32_t row, std::wstring& to) const { to.append(Row(row)); }
     virtual void Append(const std::wstring& text) = 0;
     /// Throws kInvalidCall for a row that is not there.
     virtual void Remove(std::int32_t row) = 0;

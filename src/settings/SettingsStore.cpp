@@ -286,7 +286,8 @@ void SettingsStore::Write() const {
     text.append(L"SS1").append(kSeparator).append(YesOrNo(*m_controls.KG_C[0])).append(kSeparator);
     const std::int32_t rows = m_controls.siteLST.Count();
     for (std::int32_t row = 0; row < rows; ++row) {
-        text.append(m_controls.siteLST.Row(row)).append(kEntryEnd);
+        m_controls.siteLST.AppendRow(row, text);
+        text.append(kEntryEnd);
     }
     AppendLine(text, {});
     AppendLine(text,

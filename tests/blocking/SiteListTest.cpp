@@ -49,6 +49,22 @@ TEST_F(SiteListTest, ARowThatIsNotThereIsEmptyAndCannotBeRemoved) {
     EXPECT_EQ(display.shown, Rows{L"one"});
 }
 
+TEST_F(SiteListTest, AppendsARowToWhatIsThere) {
+    const std::wstring rows[] = {L"one", L"", std::wstring(L"a\0b", 3), L"Gr\u00fc\u00dfe \u20ac", L"\u20ac"};
+    std::wstring text = L"SS1:";
+    std::wstring expected = text;
+    for (std::int32_t row = 0; row < 5; ++row) {
+        list.Append(rows[row]);
+        list.AppendRow(row, text);
+        expected += rows[row];
+        EXPECT_EQ(text, expected) << row;
+        EXPECT_EQ(list.Row(row), rows[row]);
+    }
+    list.AppendRow(-1, text);
+    list.AppendRow(5, text);
+    EXPECT_EQ(text, expected);
+}
+
 TEST_F(SiteListTest, TellsTheDisplayOfManyRowsOnce) {
     const int before = display.looks;
     {

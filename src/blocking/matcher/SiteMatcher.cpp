@@ -44,6 +44,12 @@ std::wstring SiteMatcher::Text(Row row) const {
     return row == kEmptyText ? std::wstring() : site_text::TextOf(m_texts[row]);
 }
 
+void SiteMatcher::AppendText(Row row, std::wstring& to) const {
+    if (row != kEmptyText) {
+        site_text::AppendTextOf(m_texts[row], to);
+    }
+}
+
 bool SiteMatcher::AnyOccursIn(std::wstring_view address) const {
     if (m_emptyTexts > 0 || m_texts.Count() == 0) {
         return m_emptyTexts > 0;

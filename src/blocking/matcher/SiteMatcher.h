@@ -32,6 +32,8 @@ class SiteMatcher {
     void Remove(Row row) noexcept;
     void Clear() noexcept;
     std::wstring Text(Row row) const;
+    /// The same behind what is there.
+    void AppendText(Row row, std::wstring& to) const;
 
     /// Whether any text that is held occurs, unit by unit, in the lower-cased address. An empty text occurs
     /// in every address.

@@ -1,5 +1,6 @@
 #include "blocking/matcher/SiteText.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -67,23 +68,30 @@ void Append(std::string& bytes, std::wstring_view text) {
 
 std::wstring TextOf(std::string_view bytes) {
     std::wstring text;
-    text.reserve(bytes.size());
+    AppendTextOf(bytes, text);
+    return text;
+}
+
+void AppendTextOf(std::string_view bytes, std::wstring& text) {
+    const auto ascii = [](char byte) { return static_cast<unsigned char>(byte) < kAsciiEnd; };
     for (auto at = bytes.begin(); at != bytes.end();) {
+        const auto end = std::find_if_not(at, bytes.end(), ascii);
+        text.append(at, end);
+        at = end;
+        if (at == bytes.end()) {
+            return;
+        }
         const auto lead = static_cast<unsigned char>(*at++);
-        std::uint64_t code = lead;
-        if (lead >= kAsciiEnd) {
-            unsigned ones = 0;
-            while ((lead & (0x80U >> ones)) != 0) {
-                ++ones;
-            }
-            code = lead & (0x7FU >> ones);
-            for (unsigned rest = 1; rest < ones; ++rest) {
-                code = code << kBitsOfRest | (static_cast<unsigned char>(*at++) & 0x3FU);
-            }
+        unsigned ones = 0;
+        while ((lead & (0x80U >> ones)) != 0) {
+            ++ones;
+        }
+        std::uint64_t code = lead & (0x7FU >> ones);
+        for (unsigned rest = 1; rest < ones; ++rest) {
+            code = code << kBitsOfRest | (static_cast<unsigned char>(*at++) & 0x3FU);
         }
         text += static_cast<wchar_t>(code);
     }
-    return text;
 }
 
 std::string_view LowerCased::operator()(std::wstring_view text) {

@@ -15,6 +15,8 @@ namespace kestrelguard::site_text {
 void Append(std::string& bytes, std::wstring_view text);
 
 std::wstring TextOf(std::string_view bytes);
+/// The same behind what is there.
+void AppendTextOf(std::string_view bytes, std::wstring& text);
 
 /// Lower-cases addresses into a buffer that is used again for the next one.
 class LowerCased {
