@@ -3,7 +3,6 @@
 #include <objbase.h>
 
 #include <cstring>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -98,13 +97,18 @@ bool FrameAnswers(HWND frame) {
     return error != ERROR_SUCCESS && error != ERROR_TIMEOUT;
 }
 
-bool ServerAnswers(IUnknown* object) {
+bool Servers::Answer(IUnknown* object) {
     StandardReference reference{};
     if (!ReferenceTo(object, reference)) {
         return true;
     }
     Search search{reference.interfacePointer.Data2, reference.interfacePointer.Data3};
+    const std::uint32_t server = std::uint32_t{search.one} << 16 | search.other;
+    if (const auto asked = m_asked.find(server); asked != m_asked.end()) {
+        return asked->second;
+    }
     EnumWindows(LookAt, reinterpret_cast<LPARAM>(&search));
+    m_asked.emplace(server, search.answers);
     return search.answers;
 }
 

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <unordered_map>
 
 #include "monitoring/WatchedDesktop.h"
 #include "runtime/win32/Com.h"
@@ -18,9 +19,17 @@ namespace kestrelguard {
 /// back, with an error.
 bool FrameAnswers(HWND frame);
 
-/// Whether the process behind an object takes messages in its top-level windows. True when the process cannot
-/// be told; then a call is the only way.
-bool ServerAnswers(IUnknown* object);
+/// The processes behind the objects of one walk: each is asked once, however many windows it has.
+class Servers {
+ public:
+    /// Whether the process behind an object takes messages in its top-level windows. True when the process
+    /// cannot be told; then a call is the only way.
+    bool Answer(IUnknown* object);
+
+ private:
+    /// By the part of a reference that names the process and its apartment.
+    std::unordered_map<std::uint32_t, bool> m_asked;
+};
 
 /// Keeps what must not be let go as long as its process hangs. Of `sink` and `browser` either may be null.
 void KeepForEver(ComPtr<IUnknown> browser, std::shared_ptr<WindowSink> sink) noexcept;

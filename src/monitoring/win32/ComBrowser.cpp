@@ -22,7 +22,15 @@ std::int32_t NumberOf(HWND frame) {
 }  // namespace
 
 bool ComBrowser::Hangs() const {
-    return m_frame != nullptr && !FrameAnswers(m_frame);
+    constexpr DWORD kHolds = 50;
+    if (m_frame == nullptr) {
+        return false;
+    }
+    if (!m_asked || GetTickCount() - m_asked->at >= kHolds) {
+        const bool hangs = !FrameAnswers(m_frame);
+        m_asked = Asked{GetTickCount(), hangs};
+    }
+    return m_asked->hangs;
 }
 
 std::int32_t ComBrowser::Handle() const {

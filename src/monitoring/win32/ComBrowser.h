@@ -5,6 +5,7 @@
 #include <exdisp.h>
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -39,10 +40,16 @@ class ComBrowser final : public Browser {
  private:
     IWebBrowser2& Object() const;
 
+    /// Asked once for calls that follow each other.
     bool Hangs() const;
 
     ComPtr<IWebBrowser2> m_browser;
     HWND m_frame = nullptr;
+    struct Asked {
+        DWORD at;
+        bool hangs;
+    };
+    mutable std::optional<Asked> m_asked;
 };
 
 /// The browsers of the list as it is now, in its order.

@@ -59,7 +59,7 @@ class ComWalk final : public WindowWalk {
         return HasObject() ? IdentityOf(m_entry.Get().punkVal).Get() : nullptr;
     }
     bool Answers() override {
-        if (!HasObject() || ServerAnswers(m_entry.Get().punkVal)) {
+        if (!HasObject() || m_servers.Answer(m_entry.Get().punkVal)) {
             return true;
         }
         // Letting go of the entry would be a call.
@@ -82,6 +82,7 @@ class ComWalk final : public WindowWalk {
 
     ComPtr<IEnumVARIANT> m_windows;
     Variant m_entry;
+    Servers m_servers;
 };
 
 class ComShell final : public ShellConnection {
@@ -169,7 +170,7 @@ ComWindow::~ComWindow() {
 bool ComWindow::Answers() {
     constexpr DWORD kAskAgainAfter = 1000;
     if (!m_hung || GetTickCount() - m_hungAt >= kAskAgainAfter) {
-        m_hung = m_frame != nullptr ? !FrameAnswers(m_frame) : !ServerAnswers(m_browser.Get());
+        m_hung = m_frame != nullptr ? !FrameAnswers(m_frame) : !Servers().Answer(m_browser.Get());
         m_hungAt = GetTickCount();
     }
     return !m_hung;
