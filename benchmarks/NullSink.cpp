@@ -5,90 +5,13 @@
 
 #include <windows.h>
 
-#include <exdisp.h>
-#include <exdispid.h>
-#include <ocidl.h>
-
 #include <cstdio>
-#include <vector>
 
-#include "desktop/Com.h"
-
-namespace kestrelguard::bench {
-namespace {
-
-using desktop::ComPtr;
-using desktop::Variant;
-
-class Sink final : public IDispatch {
- public:
-    virtual ~Sink() = default;
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) noexcept override {
-        if (iid != IID_IUnknown && iid != IID_IDispatch && iid != DIID_DWebBrowserEvents2) {
-            *object = nullptr;
-            return E_NOINTERFACE;
-        }
-        *object = this;
-        AddRef();
-        return S_OK;
-    }
-    // It lives as long as the program.
-    ULONG STDMETHODCALLTYPE AddRef() noexcept override { return 2; }
-    ULONG STDMETHODCALLTYPE Release() noexcept override { return 1; }
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) noexcept override {
-        *count = 0;
-        return S_OK;
-    }
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) noexcept override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
-                                     UINT*) noexcept override {
-        return S_OK;
-    }
-};
-
-/// Answers how many windows there are; -1 when one of them refuses.
-int Listen(Sink& sink) {
-    ComPtr<IShellWindows> shell;
-    ComPtr<IUnknown> windows;
-    if (FAILED(CoCreateInstance(CLSID_ShellWindows, nullptr, CLSCTX_ALL, __uuidof(IShellWindows),
-                                shell.PutVoid())) ||
-        FAILED(shell->_NewEnum(windows.Put()))) {
-        return -1;
-    }
-    // Kept to the end, as a program that listens keeps them: an event that brings its browser along would
-    // else be the dearer for it.
-    static std::vector<ComPtr<IConnectionPoint>> points;
-    static std::vector<ComPtr<IWebBrowser2>> browsers;
-    const ComPtr<IEnumVARIANT> walk = windows.As<IEnumVARIANT>();
-    for (;;) {
-        Variant entry;
-        ULONG fetched = 0;
-        if (walk->Next(1, &entry, &fetched) != S_OK || fetched != 1) {
-            return static_cast<int>(points.size());
-        }
-        const ComPtr<IDispatch> listed(entry.pdispVal);
-        const ComPtr<IConnectionPointContainer> container = listed.As<IConnectionPointContainer>();
-        ComPtr<IConnectionPoint> point;
-        DWORD cookie = 0;
-        if (!container || FAILED(container->FindConnectionPoint(DIID_DWebBrowserEvents2, point.Put())) ||
-            FAILED(point->Advise(&sink, &cookie))) {
-            return -1;
-        }
-        points.push_back(std::move(point));
-        browsers.push_back(listed.As<IWebBrowser2>());
-    }
-}
-
-}  // namespace
-}  // namespace kestrelguard::bench
+#include "NullListener.h"
 
 int main() {
     CoInitialize(nullptr);
-    static kestrelguard::bench::Sink sink;
-    std::printf("listening %d\n", kestrelguard::bench::Listen(sink));
+    std::printf("listening %d\n", kestrelguard::bench::ListenToAll(false));
     std::fflush(stdout);
     MSG message = {};
     while (GetMessageW(&message, nullptr, 0, 0) > 0) {

@@ -1,9 +1,10 @@
 // Measures the whole program's start, from CreateProcess until its icon is there and every browser is
-// watched, against a program that only makes the same windows and an icon; and the memory of both.
+// watched, against a program that only makes the same windows and an icon, and one that watches, too; and the
+// memory of all three.
 //
 //   StartBench [--quick] [--rounds N] [--report FILE]
 //
-// kestrelguard.exe and BareForm.exe lie beside it.
+// kestrelguard.exe, BareForm.exe and BareWatch.exe lie beside it.
 
 #include <windows.h>
 
@@ -179,6 +180,9 @@ void Run(const Options& options) {
         WriteList(list);
     }
     Starter bare(testing::OwnFolder() + L"\\BareForm.exe", folder.Path(), {list}, 0);
+    const std::wstring watch = testing::OwnFolder() + L"\\BareWatch.exe";
+    Starter bareWatch(watch, folder.Path(), {list}, 0);
+    Starter bareWatchMany(watch, folder.Path(), {list}, 50);
     GuardStarter plain(0, 0);
     GuardStarter fewBrowsers(10, 0);
     GuardStarter manyBrowsers(50, 0);
@@ -187,25 +191,32 @@ void Run(const Options& options) {
     const std::vector<Values> times =
         Turns(rounds, {[&] { return bare.Start(); }, [&] { return plain.Start(); },
                        [&] { return fewBrowsers.Start(); }, [&] { return manyBrowsers.Start(); },
-                       [&] { return fewSites.Start(); }, [&] { return manySites.Start(); }});
+                       [&] { return fewSites.Start(); }, [&] { return manySites.Start(); },
+                       [&] { return bareWatch.Start(); }, [&] { return bareWatchMany.Start(); }});
 
     const char bareForm[] = "an exe with the same windows and an icon";
     report.Compare("ready in the tray", "ms", times[1], bareForm, times[0], 1.5);
     report.Compare("ready with 10 browsers", "ms", times[2], "with none", times[1]);
     report.Compare("ready with 50 browsers", "ms", times[3], "with none", times[1], 4);
+    const char bareWatcher[] = "the same exe that also watches";
+    report.Compare("ready in the tray", "ms", times[1], bareWatcher, times[6]);
+    report.Compare("ready with 50 browsers", "ms", times[3], bareWatcher, times[7]);
+    report.Compare("that exe ready with 50 browsers", "ms", times[7], "with none", times[6]);
     report.Compare("ready with 10000 sites", "ms", times[4], "with none", times[1]);
     report.Compare("ready with 100000 sites", "ms", times[5], "with none", times[1], 1.2);
-    const auto memory = [&](const char* what, bench::Memory(*), const GuardStarter& ours,
+    const auto memory = [&](const char* what, const auto& ours, const char* against, const Starter& other,
                             double bench::Memory::*kind, double goal) {
-        const double mine = ours.Memory(kind);
-        const double other = bare.Memory(kind);
-        const double ratio = mine / other;
-        report.Compare(what, "MiB", mine, bareForm, other, goal, {ratio, ratio, ratio});
+        const double ratio = ours.Memory(kind) / other.Memory(kind);
+        report.Compare(what, "MiB", ours.Memory(kind), against, other.Memory(kind), goal,
+                       {ratio, ratio, ratio});
     };
-    memory("peak working set", nullptr, plain, &Memory::peak, 1.25);
-    memory("peak working set with 100000 sites", nullptr, manySites, &Memory::peak, 2.5);
-    memory("resting working set", nullptr, plain, &Memory::resting, Report::kNoGoal);
-    memory("resting working set with 100000 sites", nullptr, manySites, &Memory::resting, Report::kNoGoal);
+    memory("peak working set", plain, bareForm, bare, &Memory::peak, 1.25);
+    memory("peak working set", plain, bareWatcher, bareWatch, &Memory::peak, Report::kNoGoal);
+    memory("that exe's peak working set", bareWatch, bareForm, bare, &Memory::peak, Report::kNoGoal);
+    memory("peak working set with 100000 sites", manySites, bareForm, bare, &Memory::peak, 2.5);
+    memory("resting working set", plain, bareForm, bare, &Memory::resting, Report::kNoGoal);
+    memory("resting working set with 100000 sites", manySites, bareForm, bare, &Memory::resting,
+           Report::kNoGoal);
     report.Limit("the program's file", "KiB", FileSize(testing::OwnFolder() + L"\\kestrelguard.exe") / 1024,
                  "the goal", 512);
     const auto points = [&](const char* plot, const char* curve, std::size_t middle, double x) {
