@@ -30,7 +30,7 @@ int RunForm() {
             loaded = true;
         },
         Report);
-    const int exitCode = loaded ? kestrelguard::PlatformMessageLoop::Run() : EXIT_FAILURE;
+    const int exitCode = loaded ? kestrelguard::PlatformMessageLoop::Run(form.Handle()) : EXIT_FAILURE;
     if (kestrelguard::AnythingKept()) {
         // A browser hangs: leaving COM in good order would wait for it. Everything is stored by now.
         ExitProcess(static_cast<UINT>(exitCode));

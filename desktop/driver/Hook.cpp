@@ -216,6 +216,25 @@ std::vector<ExecuteCall> Hook::ExecuteCalls() const {
     return calls;
 }
 
+bool Hook::RecordLibraries() const {
+    const auto request = std::make_unique<hook::Request>();
+    request->operation = hook::Operation::RecordLibraries;
+    return Call(*request);
+}
+
+std::vector<std::string> Hook::LibraryCalls() const {
+    const auto request = std::make_unique<hook::Request>();
+    request->operation = hook::Operation::LibraryRecords;
+    if (!Call(*request) || request->libraryCount > hook::Request::kMostCalls) {
+        throw std::runtime_error("the libraries of the program under test were not all written down");
+    }
+    std::vector<std::string> calls;
+    for (DWORD i = 0; i < request->libraryCount; ++i) {
+        calls.emplace_back(request->libraries[i].name);
+    }
+    return calls;
+}
+
 bool Hook::MakeListsOld() const {
     const auto request = std::make_unique<hook::Request>();
     request->operation = hook::Operation::OldLists;

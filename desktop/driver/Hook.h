@@ -102,6 +102,11 @@ class Hook {
     std::vector<TimerCall> TimerCalls() const;
     std::vector<ExecuteCall> ExecuteCalls() const;
 
+    /// Writes down all calls of LoadLibraryA from now on. False when the program does not import it.
+    bool RecordLibraries() const;
+    /// What they asked for, the first sixteen; throws std::runtime_error when there were more.
+    std::vector<std::string> LibraryCalls() const;
+
     /// From now on the program's list boxes take no more rows than those of Windows 98, 32,767. False when it
     /// does not import what it takes to fill one.
     bool MakeListsOld() const;

@@ -1,6 +1,7 @@
 // A library that tests put into the program under test, to see there what no other process can see: the items
 // of an open menu, the number of USER and GDI objects, the records given to the notification area, its fonts,
-// the timers that it sets, what it has the shell open and which keys its threads see held.
+// the timers that it sets, what it has the shell open and which keys its threads see held, which
+// libraries it loads.
 
 #include <windows.h>
 
@@ -27,6 +28,9 @@ std::array<TimerRecord, Request::kMostCalls> g_timers;
 volatile LONG g_timerCount = 0;
 std::array<ExecuteRecord, Request::kMostCalls> g_executes;
 volatile LONG g_executeCount = 0;
+std::array<LibraryRecord, Request::kMostCalls> g_libraries;
+volatile LONG g_libraryCount = 0;
+HMODULE(WINAPI* g_loadLibrary)(LPCSTR) = nullptr;
 UINT_PTR(WINAPI* g_setTimer)(HWND, UINT_PTR, UINT, TIMERPROC) = nullptr;
 HINSTANCE(WINAPI* g_shellExecute)(HWND, LPCSTR, LPCSTR, LPCSTR, LPCSTR, INT) = nullptr;
 LRESULT(WINAPI* g_sendMessage)(HWND, UINT, WPARAM, LPARAM) = nullptr;
@@ -75,6 +79,13 @@ HINSTANCE WINAPI RecordShellExecute(HWND owner, LPCSTR verb, LPCSTR file, LPCSTR
         record->show = show;
     }
     return reinterpret_cast<HINSTANCE>(SE_ERR_NOASSOC);
+}
+
+HMODULE WINAPI RecordLoadLibrary(LPCSTR name) noexcept {
+    if (LibraryRecord* record = NextRecord(g_libraries, g_libraryCount)) {
+        Keep(record->name, name);
+    }
+    return g_loadLibrary(name);
 }
 
 /// Whether a list box of Windows 98 would refuse the message: it takes 32,767 rows.
@@ -333,6 +344,15 @@ extern "C" __declspec(dllexport) DWORD WINAPI KestrelguardTestHook(void* paramet
             std::memcpy(request.timers, g_timers.data(), sizeof(request.timers));
             request.executeCount = static_cast<DWORD>(g_executeCount);
             std::memcpy(request.executes, g_executes.data(), sizeof(request.executes));
+            break;
+        case Operation::RecordLibraries:
+            if (!RedirectTo(&RecordLoadLibrary, g_loadLibrary, "KERNEL32.dll", "LoadLibraryA")) {
+                return 1;
+            }
+            break;
+        case Operation::LibraryRecords:
+            request.libraryCount = static_cast<DWORD>(g_libraryCount);
+            std::memcpy(request.libraries, g_libraries.data(), sizeof(request.libraries));
             break;
         case Operation::KeyState:
             if (!ReadKeyState(request)) {

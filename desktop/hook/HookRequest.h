@@ -15,6 +15,8 @@ enum class Operation : DWORD {
     RecordCalls = 7,   ///< write down every SetTimer and ShellExecuteA call from now on; nothing is opened
     CallRecords = 8,   ///< what was written down
     KeyState = 9,      ///< what the thread of one of its windows is told about a key, and what lies before it
+    RecordLibraries = 10,  ///< write down every LoadLibraryA call from now on
+    LibraryRecords = 11,   ///< what was written down
 };
 
 struct MenuItem {
@@ -47,6 +49,11 @@ struct ExecuteRecord {
     int show;
 };
 
+/// One call of LoadLibraryA.
+struct LibraryRecord {
+    char name[MAX_PATH];
+};
+
 /// One request and its answer: travels into the program and back as it lies in memory.
 struct Request {
     static constexpr DWORD kMostItems = 32;
@@ -75,6 +82,8 @@ struct Request {
     TimerRecord timers[kMostCalls];
     DWORD executeCount;
     ExecuteRecord executes[kMostCalls];
+    DWORD libraryCount;
+    LibraryRecord libraries[kMostCalls];
 };
 
 /// The exported function; runs on a thread of its own inside the program.

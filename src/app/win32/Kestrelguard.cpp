@@ -169,8 +169,11 @@ std::optional<LRESULT> Kestrelguard::OnFormMessage(UINT message, WPARAM wParam, 
         return 0;
     }
     switch (message) {
-        case WM_NOTIFY:
-            return OnNotify(*reinterpret_cast<const NMHDR*>(lParam));
+        case WM_NOTIFY: {
+            // Controls send it; whoever posts one may mean no record at all.
+            const auto* const notification = reinterpret_cast<const NMHDR*>(lParam);
+            return IsBadReadPtr(notification, sizeof *notification) ? std::nullopt : OnNotify(*notification);
+        }
         case kWatchAnewMessage:
             ErrorsIgnored([this] { m_rooms->IEEvents1.Refresh(); },
                           [this] { m_rooms->browserTree.RefreshBrowserTree(); });

@@ -27,6 +27,8 @@ class Kestrelguard final : FormWindow {
     /// Shows the window as the settings want it: in the tray, or on the screen.
     void FirstShow();
 
+    using WindowBase::Handle;
+
  private:
     static const Command<Kestrelguard> kCommands[];
 

@@ -175,8 +175,6 @@ std::optional<LRESULT> FormBase::OnMessage(UINT message, WPARAM wParam, LPARAM /
                 SendMessageA(Handle(), kChangeUIState, kInitialize, 0);
             }
             return std::nullopt;
-        case WM_CLOSE:
-            return 0;  // a form that can be closed says how
         case WM_CTLCOLORSTATIC: {
             // The system would write in the colour of text in windows, which need not stand out from this.
             const auto context = reinterpret_cast<HDC>(wParam);
@@ -253,7 +251,7 @@ void FormBase::GiveFocusBack() const {
 
 void FormBase::DestroyForm() {
     if (Handle() != nullptr) {
-        DestroyWindow(Handle());
+        DestroyOwnWindow();
     }
 }
 

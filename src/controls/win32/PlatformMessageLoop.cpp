@@ -75,11 +75,14 @@ void PlatformMessageLoop::DoEvents() {
     }
 }
 
-int PlatformMessageLoop::Run() {
+int PlatformMessageLoop::Run(HWND window) {
     MSG message = {};
-    while (GetMessageA(&message, nullptr, 0, 0) > 0) {
-        DialogWindows::Dispatch(message);
-    }
+    do {
+        while (GetMessageA(&message, nullptr, 0, 0) > 0) {
+            DialogWindows::Dispatch(message);
+        }
+        // Another program's wish to quit ends nothing: the window has its own way.
+    } while (IsWindow(window));
     return static_cast<int>(message.wParam);
 }
 

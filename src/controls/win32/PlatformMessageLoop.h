@@ -30,8 +30,8 @@ class PlatformMessageLoop final : public MessageLoop {
  public:
     /// Runs the messages that are waiting, then returns.
     void DoEvents() override;
-    /// Runs messages until the program is asked to quit. Answers its exit code.
-    static int Run();
+    /// Runs messages until the window has gone and has asked to quit. Answers the exit code it asked with.
+    static int Run(HWND window);
 };
 
 }  // namespace kestrelguard

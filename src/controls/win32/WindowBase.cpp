@@ -8,6 +8,17 @@ namespace kestrelguard {
 
 namespace {
 
+// Any program may send any message to a window: those of a window's birth and death count only while this
+// program makes or destroys one. All windows are of one thread.
+WindowBase* g_beingMade = nullptr;
+int g_beingDestroyed = 0;
+
+void Destroy(HWND window) noexcept {
+    ++g_beingDestroyed;
+    DestroyWindow(window);
+    --g_beingDestroyed;
+}
+
 WindowBase* ObjectOf(HWND window) {
     return reinterpret_cast<WindowBase*>(GetWindowLongA(window, GWL_USERDATA));
 }
@@ -19,8 +30,12 @@ WindowBase::WindowBase(ErrorReport report)
 
 WindowBase::~WindowBase() {
     if (m_window != nullptr) {
-        DestroyWindow(Detach());
+        Destroy(Detach());
     }
+}
+
+void WindowBase::DestroyOwnWindow() noexcept {
+    Destroy(m_window);
 }
 
 void WindowBase::Create(const WindowKind& kind, const WindowFrame& frame) {
@@ -33,9 +48,12 @@ void WindowBase::Create(const WindowKind& kind, const WindowFrame& frame) {
     windowClass.hIcon = kind.icons.bigIcon;
     windowClass.lpszClassName = kind.name;
     RegisterClassA(&windowClass);  // fails the second time, which is as good
+    g_beingMade = this;
     if (CreateWindowExA(frame.extendedStyle, kind.name, frame.caption, frame.style, frame.x, frame.y,
                         frame.width, frame.height, frame.parent,
-                        reinterpret_cast<HMENU>(static_cast<INT_PTR>(frame.id)), instance, this) == nullptr) {
+                        reinterpret_cast<HMENU>(static_cast<INT_PTR>(frame.id)), instance,
+                        nullptr) == nullptr) {
+        g_beingMade = nullptr;
         throw RunTimeError(RunTimeError::kOutOfMemory);
     }
     if (kind.icons.smallIcon != nullptr) {
@@ -52,10 +70,14 @@ HWND WindowBase::Detach() noexcept {
 
 LRESULT CALLBACK WindowBase::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
     if (message == WM_NCCREATE) {
-        const auto* const creation = reinterpret_cast<const CREATESTRUCTA*>(lParam);
-        auto* const object = static_cast<WindowBase*>(creation->lpCreateParams);
+        WindowBase* const object = std::exchange(g_beingMade, nullptr);
+        if (object == nullptr) {
+            return FALSE;
+        }
         object->m_window = window;
         SetWindowLongA(window, GWL_USERDATA, static_cast<LONG>(reinterpret_cast<LONG_PTR>(object)));
+    } else if ((message == WM_DESTROY || message == WM_NCDESTROY) && g_beingDestroyed == 0) {
+        return 0;
     }
     std::optional<LRESULT> result;
     if (WindowBase* const object = ObjectOf(window)) {
@@ -73,6 +95,10 @@ LRESULT CALLBACK WindowBase::Procedure(HWND window, UINT message, WPARAM wParam,
         if (WindowBase* const object = ObjectOf(window)) {
             object->Detach();
         }
+    }
+    if (!result && message == WM_CLOSE) {
+        // Not the system's way, which destroys the window: one that can be closed says how.
+        return 0;
     }
     return result ? *result : DefWindowProcA(window, message, wParam, lParam);
 }

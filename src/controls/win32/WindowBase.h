@@ -61,6 +61,9 @@ class WindowBase {
     /// and the message counts as handled. It may destroy the object.
     virtual std::optional<LRESULT> OnMessage(UINT message, WPARAM wParam, LPARAM lParam) = 0;
 
+    /// The only way to destroy it: messages that tell of an end which is none are not heard.
+    void DestroyOwnWindow() noexcept;
+
     /// Parts the object from its window: no message reaches it from now on. Answers the window.
     HWND Detach() noexcept;
 

@@ -29,6 +29,7 @@ class TestWindow final : public WindowBase {
           }) {
         Create({.name = "KestrelguardTestWindow"}, {.style = WS_POPUP});
     }
+    using WindowBase::DestroyOwnWindow;
     std::function<std::optional<LRESULT>()> answer;
     std::vector<UINT>* heard = nullptr;
 
@@ -76,10 +77,31 @@ TEST_F(WindowBaseTest, AHandlerMayDestroyTheObjectAndThenFail) {
     EXPECT_EQ((std::vector<Reported>{{nullptr, RunTimeError::kOverflow}}), reports);
 }
 
-TEST_F(WindowBaseTest, AWindowThatGoesByItselfIsForgotten) {
+TEST_F(WindowBaseTest, AWindowThatHasGoneIsForgotten) {
     TestWindow window(reports);
-    DestroyWindow(window.Handle());
+    const HWND handle = window.Handle();
+    window.DestroyOwnWindow();
+    EXPECT_FALSE(IsWindow(handle));
     EXPECT_EQ(nullptr, window.Handle());
+}
+
+TEST_F(WindowBaseTest, ABirthAndADeathThatAreNoneAreNotHeard) {
+    TestWindow window(reports);
+    const HWND handle = window.Handle();
+    std::vector<UINT> heard;
+    window.heard = &heard;
+    CREATESTRUCTA creation = {};
+    creation.lpCreateParams = &creation;
+    EXPECT_EQ(FALSE, SendMessageA(handle, WM_NCCREATE, 0, reinterpret_cast<LPARAM>(&creation)));
+    SendMessageA(handle, WM_DESTROY, 0, 0);
+    SendMessageA(handle, WM_NCDESTROY, 0, 0);
+    EXPECT_TRUE(heard.empty());
+    SendMessageA(handle, WM_CLOSE, 0, 0);
+    EXPECT_EQ(std::vector<UINT>{WM_CLOSE}, heard);
+    EXPECT_TRUE(IsWindow(handle));
+    EXPECT_EQ(handle, window.Handle());
+    window.answer = [] { return 42; };
+    EXPECT_EQ(42, SendMessageA(handle, kQuestion, 0, 0));
 }
 
 TEST_F(WindowBaseTest, AnObjectThatGoesHearsNothingOfItsWindowsEnd) {
