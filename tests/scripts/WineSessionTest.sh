@@ -31,7 +31,7 @@ set -eu
 wine=$KESTRELGUARD_SESSION/wine
 SEEN=kestrel "$wine" cmd /c 'echo %SEEN%>c:\seen.txt'
 "$wine" cmd /c 'type c:\seen.txt' | grep -q kestrel
-xwininfo -root -tree | grep -q 'Wine desktop".*800x600+0+0'
+xwininfo -root -tree | grep -qi 'Wine desktop".*800x600+0+0'
 "$wine" reg query 'HKCU\Control Panel\Desktop' /v LogPixels | grep -q 0x90
 echo "$KESTRELGUARD_SESSION" >"$1"
 exit 9
