@@ -259,7 +259,7 @@ int main(int count, char** arguments) {
     const Options options(count, arguments);
     const std::size_t rounds = options.RoundsOr(9, 3);
     const int many = options.entries > 10000 ? static_cast<int>(options.entries)
-                     : options.quick         ? 20000
+                     : options.quick         ? 15000
                                              : 33000;
     Report report(options);
     EmptyCache();

@@ -182,9 +182,9 @@ double Took(const std::function<void()>& run) {
 }
 
 void Run(const Options& options) {
-    const std::size_t rounds = options.RoundsOr(5, 1);
+    const std::size_t rounds = options.RoundsOr(3, 1);
     const int entries = options.entries != 0 ? static_cast<int>(options.entries)
-                        : options.quick      ? 8000
+                        : options.quick      ? 5000
                                              : kMostRows;
     Report report(options);
     const std::string listed = " of " + std::to_string(entries) + " entries";

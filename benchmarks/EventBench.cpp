@@ -161,6 +161,12 @@ void Measure(Road& road, Report& report, const Options& options, const std::stri
     };
     // Another address each time: what the tree shows changes.
     Event all[] = {
+        {"an event on which nobody acts",
+         false,
+         Report::kNoGoal,
+         [](std::size_t) { return EventCall::DownloadBegin(); },
+         {},
+         {}},
         {"a cancelled popup", true, goal, [](std::size_t) { return EventCall::NewWindow2(); }, {}, {}},
         {"a navigation let through, 100000 sites",
          false,
