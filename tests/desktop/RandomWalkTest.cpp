@@ -8,9 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
-
-#include "WalkedProgram.h"
+#include "WalkedDesktop.h"
 #include "app/win32/ControlIds.h"
 #include "desktop/driver/LongRun.h"
 
@@ -18,14 +16,13 @@ namespace kestrelguard::testing {
 namespace {
 
 using desktop::Browser;
-using desktop::BrowserOptions;
 using desktop::EventCall;
 using desktop::EventResult;
 using desktop::PendingEvent;
 
-class Walk : private WalkedProgram {
+class Walk : private WalkedDesktop {
  public:
-    explicit Walk(unsigned seed, bool loud) : m_random(seed), m_loud(loud) {
+    explicit Walk(unsigned seed, bool loud) : WalkedDesktop(seed), m_loud(loud) {
         for (unsigned i = 0; i < Pick(3); ++i) {
             Open();
         }
@@ -44,6 +41,7 @@ class Walk : private WalkedProgram {
             {6, "a window opens", &Walk::Open},
             {4, "a window closes", &Walk::Close},
             {2, "a window dies", &Walk::Die},
+            {3, "a window opens in silence", &Walk::OpenSilently},
             {8, "a navigation", &Walk::Navigate},
             {8, "a title", &Walk::Title},
             {12, "a popup", &Walk::Popup},
@@ -55,9 +53,12 @@ class Walk : private WalkedProgram {
             {2, "the window is minimised", &Walk::Minimise},
             {3, "the window is shown", &Walk::Show},
             {4, "a site is added", &Walk::AddSite},
+            {3, "a site is removed", &Walk::RemoveSite},
             {3, "the keywords are edited", &Walk::EditKeywords},
             {3, "a click on the first tab", &Walk::FirstTab},
             {3, "a double click on the root", &Walk::DoubleClickRoot},
+            {4, "a choice from the tray menu", &Walk::TrayMenu},
+            {3, "a choice from the tree's menu", &Walk::TreeMenu},
             {2, "the cache window opens and closes", &Walk::CacheWindow},
             {2, "the cache is cleared", &Walk::Clear},
             {1, "the program ends and starts", &Walk::Restart},
@@ -95,69 +96,6 @@ class Walk : private WalkedProgram {
     }
 
  private:
-    unsigned Pick(unsigned below) { return static_cast<unsigned>(m_random() % below); }
-    template <class Value, std::size_t count>
-    Value Pick(const Value (&values)[count]) {
-        return values[Pick(static_cast<unsigned>(count))];
-    }
-    void Say(const std::string& more) { m_what += " (" + more + ")"; }
-
-    void Press(int id) { ClickAndWait(Control(id)); }
-    Page* AnyPage() {
-        return m_pages.empty() ? nullptr : &m_pages[Pick(static_cast<unsigned>(m_pages.size()))];
-    }
-
-    // --- windows
-
-    void Open() {
-        Page page;
-        page.title = "page" + std::to_string(m_opened);
-        page.url = "http://page" + std::to_string(m_opened) + ".example/";
-        ++m_opened;
-        BrowserOptions options;
-        options.title = Wide(page.title);
-        options.url = Wide(page.url);
-        options.statusText = L"http://link.example/";
-        options.navigates = false;
-        if (m_pages.size() >= 6) {
-            Close();
-        }
-        page.browser = &m_desktop.OpenBrowser(options);
-        m_pages.push_back(page);
-        m_model.nodes.push_back({page.browser->Handle(), false, options.title, options.url});
-    }
-    void Forget(const Page& page) {
-        const int window = page.browser->Handle();
-        std::erase_if(m_model.nodes, [&](const auto& node) { return node.window == window; });
-    }
-    void Close() {
-        if (Page* const page = AnyPage()) {
-            Forget(*page);
-            page->browser->Close();
-            m_pages.erase(m_pages.begin() + (page - m_pages.data()));
-        }
-    }
-    void Die() {
-        if (Page* const page = AnyPage()) {
-            Forget(*page);
-            page->browser->Die();
-            m_desktop.Withdraw(page->browser->Cookie());
-            m_pages.erase(m_pages.begin() + (page - m_pages.data()));
-        }
-    }
-    GuardModel::Node* NodeOf(const Page& page) {
-        const auto found = std::find_if(m_model.nodes.begin(), m_model.nodes.end(), [&](const auto& node) {
-            return node.window == page.browser->Handle();
-        });
-        return found == m_model.nodes.end() ? nullptr : &*found;
-    }
-    void Rebuild() {
-        m_model.nodes.clear();
-        for (const Page& page : m_pages) {
-            m_model.nodes.push_back({page.browser->Handle(), true, Wide(page.title), Wide(page.url)});
-        }
-    }
-
     // --- events
 
     void Navigate() {
@@ -290,6 +228,18 @@ class Walk : private WalkedProgram {
         m_model.now.rows.push_back(site);
         Press(kAddSite);
     }
+    void RemoveSite() {
+        if (m_model.now.rows.empty()) {
+            return;
+        }
+        const unsigned row = Pick(static_cast<unsigned>(m_model.now.rows.size()));
+        Say(std::to_string(row));
+        SelectRow(Control(kSiteLST), static_cast<int>(row));
+        if (!m_model.now.rows[row].empty()) {
+            m_model.now.rows.erase(m_model.now.rows.begin() + static_cast<std::ptrdiff_t>(row));
+        }
+        Press(kRemoveSite);
+    }
     void EditKeywords() {
         const std::string text = Pick<const char*>({"banned -worse", "single", "xxx -porn -sex", ""});
         if (text == m_model.now.keywords) {
@@ -304,6 +254,55 @@ class Walk : private WalkedProgram {
     void FirstTab() {
         m_model.ShowCounters();
         ClickTab(m_guard->Tabs(), 0);
+    }
+    /// What it shows, and one of its choices but Help, which asks the shell. Exit has its own step.
+    void TrayMenu() {
+        if (!m_model.icon) {
+            return;
+        }
+        static constexpr std::size_t kPrevent = 2;
+        static constexpr std::size_t kShow = 5;
+        const OpenMenu menu = m_guard->OpenTrayMenu();
+        if (menu.entries.size() != 8) {
+            m_problem += "no tray menu; ";
+            return;
+        }
+        const MenuEntry& prevent = menu.entries[kPrevent];
+        Expect(prevent.text == L"Prevent Popups = " + std::to_wstring(m_model.today), "caption");
+        Expect(prevent.checked == (m_model.now.mode == 0), "check mark");
+        const std::size_t choice = kPrevent + Pick(kShow - kPrevent + 1);
+        Say(std::to_string(choice));
+        if (choice == kPrevent) {
+            m_model.now.mode = m_model.now.mode == 0 ? 2 : 0;
+        } else if (choice == kShow) {
+            m_model.icon = false;
+        }
+        Expect(m_guard->Inside().Choose(menu.entries[choice].text), "nothing chosen");
+    }
+    /// Of any node of a window.
+    void TreeMenu() {
+        if (m_model.icon || m_model.nodes.empty()) {
+            return;
+        }
+        const unsigned node = Pick(static_cast<unsigned>(m_model.nodes.size()));
+        const HTREEITEM item = TreeNodes(m_guard->Tree()).at(1 + 3 * node + Pick(3)).item;
+        const auto page = std::find_if(m_pages.begin(), m_pages.end(), [&](const Page& each) {
+            return each.browser->Handle() == m_model.nodes[node].window;
+        });
+        const bool close = Pick(2) != 0 && page != m_pages.end();
+        Say(close ? "close" : "show");
+        if (close) {
+            Forget(*page);
+        }
+        SelectNode(m_guard->Tree(), item);
+        ClickNode(m_guard->Tree(), item, true);
+        Expect(static_cast<bool>(m_guard->Inside().WaitMenu()), "no menu");
+        Expect(m_guard->Inside().Choose(close ? L"Close this Browser Window" : L"Show this Browser Window"),
+               "nothing chosen");
+        if (close) {
+            Expect(page->browser->WaitEnded(), "not closed");
+            Gone(&*page);
+        }
     }
     void DoubleClickRoot() {
         // Where nothing would tell the end of it, it is left out.
@@ -334,7 +333,8 @@ class Walk : private WalkedProgram {
         Rebuild();
     }
     void Leave() {
-        Expect(m_guard->Close(), "does not end");
+        const bool byMenu = m_model.icon && Pick(2) != 0;
+        Expect(byMenu ? m_guard->ExitByMenu() : m_guard->Close(), "does not end");
         Expect(m_guard->Program().ExitCode() == 0, "ends badly");
         m_model.Write();
         ExpectFile();
@@ -356,9 +356,7 @@ class Walk : private WalkedProgram {
         StartAgain();
     }
 
-    std::mt19937 m_random;
     const bool m_loud;
-    int m_opened = 0;
 };
 
 TEST(RandomWalkTest, TheProgramDoesWhatTheModelSays) {
