@@ -76,7 +76,10 @@ void AppendTextOf(std::string_view bytes, std::wstring& text) {
     const auto ascii = [](char byte) { return static_cast<unsigned char>(byte) < kAsciiEnd; };
     for (auto at = bytes.begin(); at != bytes.end();) {
         const auto end = std::find_if_not(at, bytes.end(), ascii);
-        text.append(at, end);
+        // The library's append would make a text of its own from bytes first.
+        const std::size_t length = text.size();
+        text.resize(length + static_cast<std::size_t>(end - at));
+        std::copy(at, end, text.data() + length);
         at = end;
         if (at == bytes.end()) {
             return;
