@@ -325,6 +325,26 @@ TEST_F(InstallerTest, AnyFolderWillDoAndOnlyTheEntrysOwnFolderLosesTheEntry) {
     RemoveDirectoryW(L"C:\\Some place");
 }
 
+TEST_F(InstallerTest, AFileThatCannotBeWrittenFailsTheInstallation) {
+    const std::wstring place = L"C:\\Taken";
+    const std::wstring inTheWay = place + L"\\LICENSE.txt";
+    ASSERT_TRUE(CreateDirectoryW(place.c_str(), nullptr));
+    ASSERT_TRUE(CreateDirectoryW(inTheWay.c_str(), nullptr));
+    EXPECT_EQ(2u, RunToEnd(Installer(), L"/S /D=" + place));
+    EXPECT_EQ(std::string(), Entry(HKEY_CURRENT_USER, "DisplayName"));
+    // What had been put already can be taken away again.
+    const std::wstring uninstaller = place + L"\\uninstall.exe";
+    RunToEnd(uninstaller, L"/S");
+    EXPECT_TRUE(WaitUntil([&] { return !FileExists(uninstaller); }, kPatience));
+    EXPECT_TRUE(RemoveDirectoryW(inTheWay.c_str()));
+    EXPECT_TRUE(WaitUntil(
+        [&] {
+            RemoveDirectoryW(place.c_str());
+            return Changes().empty();
+        },
+        kPatience));
+}
+
 /// Does not mind being asked to close.
 LRESULT CALLBACK StayOpen(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
     return message == WM_CLOSE ? 0 : DefWindowProcA(window, message, wParam, lParam);
