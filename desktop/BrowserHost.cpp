@@ -6,7 +6,6 @@
 #include <shellapi.h>
 
 #include <cstdio>
-#include <stdexcept>
 
 #include "desktop/BrowserObject.h"
 #include "desktop/KeptInterfaces.h"

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "desktop/AutomationObject.h"
 #include "desktop/UnofferedMembers.h"
 
 namespace kestrelguard::desktop {
@@ -69,7 +70,7 @@ class BrowserOwner {
 };
 
 /// The COM object of one browser window, usable from any thread.
-class BrowserObject final : public UnofferedMembers {
+class BrowserObject final : public UnofferedMembers<AutomationObject<BrowserObject, IWebBrowser2>> {
  public:
     static std::shared_ptr<BrowserObject> Create(BrowserOwner& owner, UiThread& ui, BrowserOptions options);
     ~BrowserObject() override;

@@ -10,61 +10,11 @@
 #include <string_view>
 #include <utility>
 
+#include "runtime/win32/Com.h"
+
 namespace kestrelguard::desktop {
 
-/// Owns one reference of a COM object.
-template <class Interface>
-class ComPtr {
- public:
-    ComPtr() noexcept = default;
-    ComPtr(std::nullptr_t) noexcept {}
-    /// Takes a reference of its own.
-    explicit ComPtr(Interface* object) noexcept : m_object(object) {
-        if (m_object != nullptr) {
-            m_object->AddRef();
-        }
-    }
-    ComPtr(const ComPtr& other) noexcept : ComPtr(other.m_object) {}
-    ComPtr(ComPtr&& other) noexcept : m_object(std::exchange(other.m_object, nullptr)) {}
-    ComPtr& operator=(ComPtr other) noexcept {
-        std::swap(m_object, other.m_object);
-        return *this;
-    }
-    ~ComPtr() { Reset(); }
-
-    Interface* Get() const noexcept { return m_object; }
-    Interface* operator->() const noexcept { return m_object; }
-    explicit operator bool() const noexcept { return m_object != nullptr; }
-
-    void Reset() noexcept {
-        if (Interface* old = std::exchange(m_object, nullptr)) {
-            old->Release();
-        }
-    }
-
-    /// Where a platform call stores an object that it has already referenced; drops the old one.
-    Interface** Put() noexcept {
-        Reset();
-        return &m_object;
-    }
-    void** PutVoid() noexcept { return reinterpret_cast<void**>(Put()); }
-
-    /// Gives the reference up to the caller.
-    Interface* Detach() noexcept { return std::exchange(m_object, nullptr); }
-
-    /// The same object under another interface; empty when it does not have it.
-    template <class Other>
-    ComPtr<Other> As() const noexcept {
-        ComPtr<Other> other;
-        if (m_object != nullptr) {
-            m_object->QueryInterface(__uuidof(Other), other.PutVoid());
-        }
-        return other;
-    }
-
- private:
-    Interface* m_object = nullptr;
-};
+using kestrelguard::ComPtr;
 
 /// Owns one BSTR.
 class Bstr {

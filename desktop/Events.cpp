@@ -153,10 +153,6 @@ EventCall EventCall::OnQuit() {
     return EventCall(DISPID_ONQUIT);
 }
 
-EventCall EventCall::OnVisible(bool visible) {
-    return EventCall(DISPID_ONVISIBLE).Value(Variant::Bool(visible));
-}
-
 EventCall EventCall::WindowRegistered(LONG cookie) {
     return EventCall(DISPID_WINDOWREGISTERED).Value(Variant::Long(cookie));
 }

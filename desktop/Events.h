@@ -58,7 +58,6 @@ class EventCall {
     static EventCall StatusTextChange(std::wstring_view text);
     static EventCall CommandStateChange(LONG command, bool enabled);
     static EventCall OnQuit();
-    static EventCall OnVisible(bool visible);
 
     // The events of the window list.
     static EventCall WindowRegistered(LONG cookie);

@@ -7,6 +7,7 @@
 
 #include "desktop/BrowserObject.h"
 #include "desktop/PageView.h"
+#include "desktop/WindowSelf.h"
 
 namespace kestrelguard::desktop {
 
@@ -271,12 +272,7 @@ LRESULT Frame::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
 }
 
 LRESULT CALLBACK Frame::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
-    if (message == WM_NCCREATE) {
-        auto* created = static_cast<Frame*>(reinterpret_cast<const CREATESTRUCTW*>(lParam)->lpCreateParams);
-        created->m_window = window;
-        SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(created));
-    }
-    auto* frame = reinterpret_cast<Frame*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+    Frame* const frame = SelfOf(window, message, lParam, &Frame::m_window);
     if (frame == nullptr) {
         return DefWindowProcW(window, message, wParam, lParam);
     }

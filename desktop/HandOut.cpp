@@ -121,7 +121,7 @@ ComPtr<IDispatch> HandOut(const ComPtr<IDispatch>& browser) {
         at += size;
     }
     SafeArrayUnaccessData(answer.parray);
-    return MakeCom<StockedBrowser>(browser, std::move(stock)).As<IDispatch>();
+    return desktop::MakeCom<StockedBrowser>(browser, std::move(stock)).As<IDispatch>();
 }
 
 Variant PackReferences(IDispatch* object, int count) {

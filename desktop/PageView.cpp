@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "desktop/WindowSelf.h"
+
 namespace kestrelguard::desktop {
 
 namespace {
@@ -221,12 +223,7 @@ LRESULT PageView::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
 }
 
 LRESULT CALLBACK PageView::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
-    if (message == WM_NCCREATE) {
-        auto* view = static_cast<PageView*>(reinterpret_cast<const CREATESTRUCTW*>(lParam)->lpCreateParams);
-        view->m_window = window;
-        SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(view));
-    }
-    auto* view = reinterpret_cast<PageView*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+    PageView* const view = SelfOf(window, message, lParam, &PageView::m_window);
     return view != nullptr ? view->OnMessage(message, wParam, lParam)
                            : DefWindowProcW(window, message, wParam, lParam);
 }

@@ -4,7 +4,6 @@
 #include <olectl.h>
 
 #include <algorithm>
-#include <stdexcept>
 #include <utility>
 
 #include "desktop/HandOut.h"
@@ -58,7 +57,7 @@ class Enumerator final : public ComObject<IEnumVARIANT>, public Callee {
             return E_POINTER;
         }
         const Hold hold(m_lock);
-        *clone = MakeCom<Enumerator>(m_objects, m_position).Detach();
+        *clone = desktop::MakeCom<Enumerator>(m_objects, m_position).Detach();
         return S_OK;
     }
 
@@ -178,7 +177,7 @@ HRESULT ShellWindowsObject::_NewEnum(IUnknown** enumerator) noexcept {
             objects.push_back(entry.Object());
         }
     }
-    *enumerator = MakeCom<Enumerator>(std::move(objects), 0).Detach();
+    *enumerator = desktop::MakeCom<Enumerator>(std::move(objects), 0).Detach();
     return S_OK;
 }
 

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "desktop/AutomationObject.h"
+#include <exdisp.h>
 
 namespace kestrelguard::desktop {
 
-class BrowserObject;
-
-/// The members of a browser that the stand-in's browsers do not offer.
-class UnofferedMembers : public AutomationObject<BrowserObject, IWebBrowser2> {
+/// The members of a browser that no browser made up for tests offers; `Ground` is what such a browser is
+/// else, and brings `IWebBrowser2`.
+template <class Ground>
+class UnofferedMembers : public Ground {
  public:
     HRESULT STDMETHODCALLTYPE GoBack() noexcept override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GoForward() noexcept override { return E_NOTIMPL; }
@@ -54,7 +54,7 @@ class UnofferedMembers : public AutomationObject<BrowserObject, IWebBrowser2> {
     HRESULT STDMETHODCALLTYPE PutProperty(BSTR, VARIANT) noexcept override { return E_NOTIMPL; }
 
  protected:
-    using AutomationObject::AutomationObject;
+    using Ground::Ground;
 };
 
 }  // namespace kestrelguard::desktop

@@ -38,12 +38,7 @@ void PlayBlocking(Stage& stage) {
     Transcript& say = stage.transcript;
 
     say.Step(L"A browser window is open, and kestrelguard.exe watches it.");
-    BrowserOptions options;
-    options.url = kHome;
-    options.title = L"Home";
-    options.dressed = true;
-    options.shown = true;
-    Browser& browser = stage.desktop.OpenBrowser(options);
+    Browser& browser = stage.desktop.OpenBrowser(PageAt(kHome, L"Home"));
     const auto guard = StartGuard(stage);
     say.Expect(browser.Sinks().connected == 1, L"it listens to the browser");
     say.Show(L"the browser", browser.Title() + L", " + browser.Url());

@@ -23,7 +23,7 @@ inline void PrepareCache(Stage& stage) {
 
 /// An entry in the platform's cache and the file behind it, which was there when it was made.
 inline std::string MakeEntry(Transcript& say, const std::string& address, const std::string& content) {
-    const std::string file = CacheFiller::Add(address, content);
+    std::string file = CacheFiller::Add(address, content);
     const std::wstring name(address.begin(), address.end());
     say.Expect(!file.empty() && FileExists(file), name + L" -> " + std::wstring(file.begin(), file.end()));
     return file;

@@ -9,15 +9,6 @@ namespace {
 
 constexpr wchar_t kSesame[] = L"http://popups.example/2006/07/a-page-that-opens-windows-by-itself.html";
 
-BrowserOptions At(const wchar_t* url, const wchar_t* title) {
-    BrowserOptions options;
-    options.url = url;
-    options.title = title;
-    options.dressed = true;
-    options.shown = true;
-    return options;
-}
-
 std::wstring YesNo(bool yes) {
     return yes ? L"yes" : L"no";
 }
@@ -29,8 +20,8 @@ void PlayPopup(Stage& stage) {
     StandInDesktop& desktop = stage.desktop;
 
     say.Step(L"Two browser windows are open.");
-    Browser& sesame = desktop.OpenBrowser(At(kSesame, L"Open Sesame"));
-    desktop.OpenBrowser(At(L"http://www.news.example/", L"The Morning News"));
+    Browser& sesame = desktop.OpenBrowser(PageAt(kSesame, L"Open Sesame"));
+    desktop.OpenBrowser(PageAt(L"http://www.news.example/", L"The Morning News"));
     for (const Browser* browser : desktop.OpenBrowsers()) {
         say.Show(browser->Title(), browser->Url());
     }
@@ -46,7 +37,7 @@ void PlayPopup(Stage& stage) {
     say.Expect(guard->Mode() == 0, std::wstring(L"selected: ") + testing::Guard::ModeCaption(guard->Mode()));
 
     say.Step(L"A third browser opens.");
-    Browser& garden = desktop.OpenBrowser(At(L"http://www.garden.example/", L"Garden Diary"));
+    Browser& garden = desktop.OpenBrowser(PageAt(L"http://www.garden.example/", L"Garden Diary"));
     say.Expect(garden.Sinks().connected == 1, L"it is watched as well");
     ShowLines(say, L"the tree", guard->TreeLines());
 

@@ -101,6 +101,15 @@ std::vector<std::wstring> Names() {
     return names;
 }
 
+BrowserOptions PageAt(const wchar_t* url, const wchar_t* title) {
+    BrowserOptions options;
+    options.url = url;
+    options.title = title;
+    options.dressed = true;
+    options.shown = true;
+    return options;
+}
+
 std::unique_ptr<testing::Guard> StartGuard(Stage& stage) {
     auto guard = std::make_unique<testing::Guard>(stage.folder);
     if (!guard->WaitReady()) {

@@ -60,6 +60,9 @@ void PlayUpdate(Stage& stage);
 /// The names of all scenes, in the order in which they are worth watching.
 std::vector<std::wstring> Names();
 
+/// A browser window that a person can see and use, at an address.
+BrowserOptions PageAt(const wchar_t* url, const wchar_t* title);
+
 /// Starts the guard and writes down what it shows. Throws std::runtime_error when it does not start.
 std::unique_ptr<testing::Guard> StartGuard(Stage& stage);
 

@@ -27,12 +27,7 @@ void PlayUpdate(Stage& stage) {
     const testing::Server versions("127.0.0.1", 26144);
 
     say.Step(L"A browser window is open, and kestrelguard.exe watches it.");
-    BrowserOptions options;
-    options.url = kNews;
-    options.title = L"The Morning News";
-    options.dressed = true;
-    options.shown = true;
-    Browser& browser = stage.desktop.OpenBrowser(options);
+    Browser& browser = stage.desktop.OpenBrowser(PageAt(kNews, L"The Morning News"));
     const auto guard = StartGuard(stage);
 
     say.Step(L"A page from the disk has been loaded: nothing is asked.");

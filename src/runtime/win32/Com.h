@@ -66,6 +66,7 @@ class ComPtr {
         Reset();
         return &m_object;
     }
+    void** PutVoid() noexcept { return reinterpret_cast<void**>(Put()); }
     /// The pointer itself, as an in/out argument: whoever replaces it releases the old object and leaves a
     /// reference to the new one.
     Interface*& InOut() noexcept { return m_object; }
@@ -74,8 +75,7 @@ class ComPtr {
     template <class Other>
     ComPtr<Other> As() const noexcept {
         ComPtr<Other> other;
-        if (m_object == nullptr ||
-            FAILED(m_object->QueryInterface(__uuidof(Other), reinterpret_cast<void**>(other.Put())))) {
+        if (m_object == nullptr || FAILED(m_object->QueryInterface(__uuidof(Other), other.PutVoid()))) {
             return nullptr;
         }
         return other;
@@ -90,7 +90,7 @@ template <class Interface>
 ComPtr<Interface> Query(IUnknown* object) {
     ComPtr<Interface> found;
     if (object != nullptr) {
-        Check(object->QueryInterface(__uuidof(Interface), reinterpret_cast<void**>(found.Put())));
+        Check(object->QueryInterface(__uuidof(Interface), found.PutVoid()));
     }
     return found;
 }

@@ -11,15 +11,17 @@
 #include <vector>
 
 #include "FakeEvents.h"
+#include "desktop/UnofferedMembers.h"
 #include "runtime/win32/Com.h"
 
 /// Browsers and a list of windows inside the test's own process, with the platform's interfaces.
 namespace kestrelguard::fakes {
 
 /// A browser window.
-class FakeBrowser final : public EventSource<FakeBrowser, IWebBrowser2> {
+class FakeBrowser final : public desktop::UnofferedMembers<EventSource<FakeBrowser, IWebBrowser2>> {
  public:
-    explicit FakeBrowser(LONG frameHandle = 0) : EventSource(DIID_DWebBrowserEvents2), handle(frameHandle) {}
+    explicit FakeBrowser(LONG frameHandle = 0)
+        : UnofferedMembers(DIID_DWebBrowserEvents2), handle(frameHandle) {}
     ~FakeBrowser() {
         if (atEnd) {
             atEnd();
@@ -74,10 +76,6 @@ class FakeBrowser final : public EventSource<FakeBrowser, IWebBrowser2> {
 
     // The rest of the interface, which nobody here uses.
     // clang-format off
-    HRESULT STDMETHODCALLTYPE GoBack() noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GoForward() noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GoHome() noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GoSearch() noexcept override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE Refresh() noexcept override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE Refresh2(VARIANT*) noexcept override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE Stop() noexcept override { return E_NOTIMPL; }
@@ -87,51 +85,16 @@ class FakeBrowser final : public EventSource<FakeBrowser, IWebBrowser2> {
     HRESULT STDMETHODCALLTYPE get_Document(IDispatch**) noexcept override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE get_TopLevelContainer(VARIANT_BOOL*) noexcept override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE get_Type(BSTR*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_Left(LONG*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE put_Left(LONG) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_Top(LONG*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE put_Top(LONG) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_Width(LONG*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE put_Width(LONG) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_Height(LONG*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE put_Height(LONG) noexcept override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE get_Busy(VARIANT_BOOL*) noexcept override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE Quit() noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE ClientToWindow(int*, int*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE PutProperty(BSTR, VARIANT) noexcept override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetProperty(BSTR, VARIANT*) noexcept override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE get_Name(BSTR*) noexcept override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE get_FullName(BSTR*) noexcept override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE get_Path(BSTR*) noexcept override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE get_Visible(VARIANT_BOOL*) noexcept override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE put_Visible(VARIANT_BOOL) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_StatusBar(VARIANT_BOOL*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE put_StatusBar(VARIANT_BOOL) noexcept override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE put_StatusText(BSTR) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_ToolBar(int*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE put_ToolBar(int) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_MenuBar(VARIANT_BOOL*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE put_MenuBar(VARIANT_BOOL) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_FullScreen(VARIANT_BOOL*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE put_FullScreen(VARIANT_BOOL) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE QueryStatusWB(OLECMDID, OLECMDF*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE ExecWB(OLECMDID, OLECMDEXECOPT, VARIANT*, VARIANT*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE ShowBrowserBar(VARIANT*, VARIANT*, VARIANT*) noexcept override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE get_ReadyState(READYSTATE*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_Offline(VARIANT_BOOL*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE put_Offline(VARIANT_BOOL) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_Silent(VARIANT_BOOL*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE put_Silent(VARIANT_BOOL) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_RegisterAsBrowser(VARIANT_BOOL*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE put_RegisterAsBrowser(VARIANT_BOOL) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_RegisterAsDropTarget(VARIANT_BOOL*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE put_RegisterAsDropTarget(VARIANT_BOOL) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_TheaterMode(VARIANT_BOOL*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE put_TheaterMode(VARIANT_BOOL) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_AddressBar(VARIANT_BOOL*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE put_AddressBar(VARIANT_BOOL) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_Resizable(VARIANT_BOOL*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE put_Resizable(VARIANT_BOOL) noexcept override { return E_NOTIMPL; }
     // clang-format on
 
  private:
