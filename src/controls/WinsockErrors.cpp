@@ -1,17 +1,13 @@
 #include "controls/WinsockErrors.h"
 
+#include "runtime/NumberedText.h"
 #include "runtime/Numbers.h"
 
 namespace kestrelguard {
 
 namespace {
 
-struct Text {
-    std::int32_t number;
-    const wchar_t* description;
-};
-
-constexpr Text kTexts[] = {
+constexpr NumberedText kTexts[] = {
     {winsock_errors::kInvalidPropertyValue, L"Invalid property value"},
     {winsock_errors::kBadState, L"Wrong connection state for the requested operation"},
     {winsock_errors::kInvalidArgument, L"The argument is not in the correct format or out of range"},
@@ -52,12 +48,8 @@ constexpr Text kTexts[] = {
 }  // namespace
 
 std::wstring WinsockErrorText(std::int32_t number) {
-    for (const Text& text : kTexts) {
-        if (text.number == number) {
-            return text.description;
-        }
-    }
-    return L"Socket error " + Decimal(number);
+    const wchar_t* const text = TextOf(kTexts, number);
+    return text != nullptr ? text : L"Socket error " + Decimal(number);
 }
 
 RunTimeError WinsockError(std::int32_t number) {

@@ -2,16 +2,13 @@
 
 #include <utility>
 
+#include "runtime/NumberedText.h"
+
 namespace kestrelguard {
 
 namespace {
 
-struct Text {
-    std::int32_t number;
-    const wchar_t* description;
-};
-
-constexpr Text kTexts[] = {
+constexpr NumberedText kTexts[] = {
     {RunTimeError::kInvalidCall, L"Invalid procedure call or argument"},
     {RunTimeError::kOverflow, L"Overflow"},
     {RunTimeError::kOutOfMemory, L"Out of memory"},
@@ -38,10 +35,8 @@ RunTimeError::RunTimeError(std::int32_t number, std::wstring description)
     : m_number(number), m_description(std::move(description)) {}
 
 std::wstring DescriptionOf(std::int32_t number) {
-    for (const Text& text : kTexts) {
-        if (text.number == number) {
-            return text.description;
-        }
+    if (const wchar_t* const text = TextOf(kTexts, number)) {
+        return text;
     }
     return number < 0 ? L"Automation error" : L"Application-defined or object-defined error";
 }

@@ -20,12 +20,7 @@
 
 namespace kestrelguard {
 
-struct ImageListTraits {
-    using Type = HIMAGELIST;
-    static Type Invalid() noexcept { return nullptr; }
-    static void Close(Type object) noexcept { ImageList_Destroy(object); }
-};
-using ImageList = Owner<ImageListTraits>;
+using ImageList = Owner<NullTraits<HIMAGELIST, ImageList_Destroy>>;
 
 /// Sent by the tree to the form when the right button goes down over it or its menu key is pressed:
 /// the low word of lParam is x, the high word y, on the screen.

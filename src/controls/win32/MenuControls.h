@@ -6,31 +6,29 @@
 
 namespace kestrelguard {
 
-class MenuCheckMark final : public CheckMark {
+/// An item of a menu, and which one it is.
+template <class Interface>
+class MenuItem : public Interface {
  public:
     void Attach(HMENU menu, UINT id) {
         m_menu = menu;
         m_id = id;
     }
-    bool Checked() const override;
-    void SetChecked(bool checked) override;
 
- private:
+ protected:
     HMENU m_menu = nullptr;
     UINT m_id = 0;
 };
 
-class MenuCaption final : public Caption {
+class MenuCheckMark final : public MenuItem<CheckMark> {
  public:
-    void Attach(HMENU menu, UINT id) {
-        m_menu = menu;
-        m_id = id;
-    }
-    void SetCaption(const std::wstring& text) override;
+    bool Checked() const override;
+    void SetChecked(bool checked) override;
+};
 
- private:
-    HMENU m_menu = nullptr;
-    UINT m_id = 0;
+class MenuCaption final : public MenuItem<Caption> {
+ public:
+    void SetCaption(const std::wstring& text) override;
 };
 
 }  // namespace kestrelguard

@@ -16,14 +16,20 @@ namespace kestrelguard {
 std::wstring WindowText(HWND window);
 void SetWindowTextFrom(HWND window, const std::wstring& text);
 
-class CheckBoxControl final : public CheckBox {
+/// One control seen through one interface.
+template <class Interface>
+class ControlOf : public Interface {
  public:
     void Attach(HWND window) { m_window = window; }
+
+ protected:
+    HWND m_window = nullptr;
+};
+
+class CheckBoxControl final : public ControlOf<CheckBox> {
+ public:
     int Value() const override;
     void SetValue(int value) override;
-
- private:
-    HWND m_window = nullptr;
 };
 
 class OptionButtonControl final : public OptionButton {
@@ -41,13 +47,9 @@ class OptionButtonControl final : public OptionButton {
     const std::vector<HWND>* m_group = nullptr;
 };
 
-class CaptionControl final : public Caption {
+class CaptionControl final : public ControlOf<Caption> {
  public:
-    void Attach(HWND window) { m_window = window; }
     void SetCaption(const std::wstring& text) override;
-
- private:
-    HWND m_window = nullptr;
 };
 
 class TextBoxControl final : public TextBox {
@@ -63,14 +65,10 @@ class TextBoxControl final : public TextBox {
     bool m_beingSet = false;
 };
 
-class DropDownControl final : public DropDown {
+class DropDownControl final : public ControlOf<DropDown> {
  public:
-    void Attach(HWND window) { m_window = window; }
     std::wstring Text() const override;
     void SetText(const std::wstring& text) override;
-
- private:
-    HWND m_window = nullptr;
 };
 
 /// A list box, filled without drawing between BeginFill and EndFill.
@@ -110,13 +108,9 @@ class ListBoxControl final : public AddressRows, public ListSelection {
 };
 
 /// A control that can be hidden.
-class VisibleControl final : public Visibility {
+class VisibleControl final : public ControlOf<Visibility> {
  public:
-    void Attach(HWND window) { m_window = window; }
     void SetVisible(bool visible) override;
-
- private:
-    HWND m_window = nullptr;
 };
 
 /// A control or window that can be enabled.

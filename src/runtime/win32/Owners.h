@@ -49,50 +49,26 @@ class Owner {
     Type m_object = Traits::Invalid();
 };
 
-struct HandleTraits {
-    using Type = HANDLE;
+/// For a type whose invalid value is null.
+template <class Object, auto close>
+struct NullTraits {
+    using Type = Object;
     static Type Invalid() noexcept { return nullptr; }
-    static void Close(Type object) noexcept { CloseHandle(object); }
+    static void Close(Type object) noexcept { close(object); }
 };
 struct FileTraits {
     using Type = HANDLE;
     static Type Invalid() noexcept { return INVALID_HANDLE_VALUE; }
     static void Close(Type object) noexcept { CloseHandle(object); }
 };
-struct WindowTraits {
-    using Type = HWND;
-    static Type Invalid() noexcept { return nullptr; }
-    static void Close(Type object) noexcept { DestroyWindow(object); }
-};
-struct MenuTraits {
-    using Type = HMENU;
-    static Type Invalid() noexcept { return nullptr; }
-    static void Close(Type object) noexcept { DestroyMenu(object); }
-};
-struct IconTraits {
-    using Type = HICON;
-    static Type Invalid() noexcept { return nullptr; }
-    static void Close(Type object) noexcept { DestroyIcon(object); }
-};
-struct LibraryTraits {
-    using Type = HMODULE;
-    static Type Invalid() noexcept { return nullptr; }
-    static void Close(Type object) noexcept { FreeLibrary(object); }
-};
-template <class Gdi>
-struct GdiTraits {
-    using Type = Gdi;
-    static Type Invalid() noexcept { return nullptr; }
-    static void Close(Type object) noexcept { DeleteObject(object); }
-};
 
-using Handle = Owner<HandleTraits>;
+using Handle = Owner<NullTraits<HANDLE, CloseHandle>>;
 using File = Owner<FileTraits>;
-using Window = Owner<WindowTraits>;
-using Menu = Owner<MenuTraits>;
-using Icon = Owner<IconTraits>;
-using Library = Owner<LibraryTraits>;
-using Font = Owner<GdiTraits<HFONT>>;
-using Bitmap = Owner<GdiTraits<HBITMAP>>;
+using Window = Owner<NullTraits<HWND, DestroyWindow>>;
+using Menu = Owner<NullTraits<HMENU, DestroyMenu>>;
+using Icon = Owner<NullTraits<HICON, DestroyIcon>>;
+using Library = Owner<NullTraits<HMODULE, FreeLibrary>>;
+using Font = Owner<NullTraits<HFONT, DeleteObject>>;
+using Bitmap = Owner<NullTraits<HBITMAP, DeleteObject>>;
 
 }  // namespace kestrelguard

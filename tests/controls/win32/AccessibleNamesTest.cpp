@@ -2,7 +2,8 @@
 
 #include <gtest/gtest.h>
 #include <objbase.h>
-// After objbase.h.
+// After objbase.h. With initguid.h the header's ids are constants of this file: no library has them all.
+#include <initguid.h>
 #include <oleacc.h>
 
 #include <string>
@@ -12,9 +13,6 @@ namespace kestrelguard {
 namespace {
 
 constexpr CLSID kService = {0xb5f8350b, 0x0548, 0x48b1, {0xa6, 0xee, 0x88, 0xbd, 0x00, 0xb4, 0xa5, 0xe7}};
-constexpr IID kServiceInterface = {
-    0x6e26e776, 0x04f0, 0x495d, {0x80, 0xe4, 0x33, 0x30, 0x35, 0x2e, 0x31, 0x69}};
-constexpr GUID kName = {0x608d3df8, 0x8128, 0x4aa7, {0xa4, 0x28, 0xf5, 0x5e, 0x49, 0x26, 0x72, 0x91}};
 
 /// The system's service, which writes down what it is told; its own class object too. Lives on the stack.
 class FakeService final : public IAccPropServices, public IClassFactory {
@@ -29,7 +27,7 @@ class FakeService final : public IAccPropServices, public IClassFactory {
     std::vector<Told> told;
 
     HRESULT WINAPI QueryInterface(REFIID id, void** object) override {
-        if (IsEqualGUID(id, kServiceInterface)) {
+        if (IsEqualGUID(id, IID_IAccPropServices)) {
             *object = static_cast<IAccPropServices*>(this);
         } else {
             *object = static_cast<IClassFactory*>(this);
@@ -94,7 +92,7 @@ TEST(AccessibleNames, TellsTheSystemsServiceTheNameOfTheControlItself) {
         EXPECT_EQ(window, service.told[0].control);
         EXPECT_EQ(static_cast<DWORD>(OBJID_CLIENT), service.told[0].object);
         EXPECT_EQ(0U, service.told[0].child);
-        EXPECT_TRUE(IsEqualGUID(kName, service.told[0].property));
+        EXPECT_TRUE(IsEqualGUID(PROPID_ACC_NAME, service.told[0].property));
         EXPECT_EQ(L"a name", service.told[0].text);
     }
     CoUninitialize();

@@ -4,9 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <string>
-#include <vector>
 
 #include "controls/Fakes.h"
 #include "runtime/win32/Owners.h"
