@@ -6,13 +6,7 @@
 set -euo pipefail
 project=$(cd "$(dirname "$0")/../.." && pwd)
 exe=$(readlink -f "$1")
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-failures=0
-wrong() {
-    echo "$*"
-    failures=1
-}
+. "$project/tests/support/Checks.sh"
 
 version=$(sed -n 's/^project(kestrelguard VERSION \([0-9.]*\).*/\1/p' "$project/CMakeLists.txt")
 "$project/scripts/package" "$exe" "$work/first"

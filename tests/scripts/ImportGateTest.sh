@@ -4,17 +4,16 @@ set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 gate=$here/../../scripts/import-gate
 cross=$("$here/../../scripts/cross-compiler")/i686-w64-mingw32
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-failures=0
+project=$(cd "$here/../.." && pwd)
+. "$project/tests/support/Checks.sh"
 
 # passes FILE; fails FILE TEXT: the gate stops it and says TEXT
 passes() {
-    "$gate" "$1" || { echo "stopped, but should pass: $1" && failures=1; }
+    "$gate" "$1" || wrong "stopped, but should pass: $1"
 }
 fails() {
     if "$gate" "$1" >"$work/said" 2>&1; then
-        echo "passed, but should be stopped: $2" && failures=1
+        wrong "passed, but should be stopped: $2"
     elif ! grep -qF -- "$2" "$work/said"; then
         echo "did not say '$2' but:" && cat "$work/said" && failures=1
     fi
@@ -55,9 +54,9 @@ passes "$work/newer.exe"
 # The thread model of the compiler is guarded where the program is compiled.
 if "$cross-g++-win32" -D_GLIBCXX_HAS_GTHREADS=1 -std=c++20 -fsyntax-only \
     "$here/../../src/runtime/win32/Toolchain.cpp" 2>"$work/said"; then
-    echo "a compiler with the posix thread model is not refused" && failures=1
+    wrong "a compiler with the posix thread model is not refused"
 fi
-grep -q 'win32 thread model' "$work/said" || { echo "the refusal gives no reason" && failures=1; }
+grep -q 'win32 thread model' "$work/said" || wrong "the refusal gives no reason"
 "$cross-g++-win32" -std=c++20 -fsyntax-only "$here/../../src/runtime/win32/Toolchain.cpp" || failures=1
 
 exit "$failures"

@@ -3,9 +3,8 @@
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 graph=$here/../../scripts/include-graph
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-failures=0
+project=$(cd "$here/../.." && pwd)
+. "$project/tests/support/Checks.sh"
 
 "$graph" >/dev/null || failures=1
 
@@ -32,7 +31,7 @@ refuses() {
     house
     echo "$2" >>"$1"
     if "$graph" "$work/house" >"$work/said" 2>&1; then
-        echo "accepted: $1 with $2" && failures=1
+        wrong "accepted: $1 with $2"
     elif ! grep -qF -- "$3" "$work/said"; then
         echo "did not say '$3' of $1 with $2 but:" && cat "$work/said" && failures=1
     fi

@@ -3,9 +3,8 @@
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 scripts=$here/../../scripts
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-failures=0
+project=$(cd "$here/../.." && pwd)
+. "$project/tests/support/Checks.sh"
 
 "$scripts/manual-html" "$work/manual"
 "$scripts/check-html" "$work/manual" || failures=1
@@ -16,9 +15,9 @@ finds() {
     cp -r "$work/manual" "$work/changed"
     sed -i "$3" "$work/changed/$2"
     if cmp -s "$work/manual/$2" "$work/changed/$2"; then
-        echo "changes nothing: $3" && failures=1
+        wrong "changes nothing: $3"
     elif "$scripts/check-html" "$work/changed" >"$work/said" 2>&1; then
-        echo "passed, but should be found: $1" && failures=1
+        wrong "passed, but should be found: $1"
     elif ! grep -qF -- "$1" "$work/said"; then
         echo "did not say '$1' but:" && cat "$work/said" && failures=1
     fi

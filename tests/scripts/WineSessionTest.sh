@@ -3,13 +3,7 @@
 set -euo pipefail
 project=$(cd "$(dirname "$0")/../.." && pwd)
 run=$project/scripts/wine-session
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-failures=0
-wrong() {
-    echo "$*"
-    failures=1
-}
+. "$project/tests/support/Checks.sh"
 
 status=0
 "$run" cmd /c exit 42 || status=$?
