@@ -11,8 +11,8 @@ namespace kestrelguard {
 /// The program from its first step to its last: one way in and one way out, whatever comes between.
 ///
 /// Any step may let messages in, and with them a wish to close or the end of the Windows session. During the
-/// start a wish waits for the step at hand. During the end a second wish is none, but the end of the session
-/// does at once what is left to do: the process may be gone when it returns.
+/// start a wish waits for the step at hand; during the end a second wish is none. The end of the session
+/// waits for nothing and does at once what is left to do: the process may be gone when it returns.
 class ProgramLife {
  public:
     using Steps = std::vector<std::function<void()>>;

@@ -53,6 +53,7 @@ inline constexpr wchar_t kDays[] = L"Day/s";
 // The tray menu.
 inline constexpr wchar_t kMnuHelp[] = L"Kestrelguard Help";
 inline constexpr wchar_t kMnuPOP[] = L"Prevent Popups =";
+inline constexpr wchar_t kMnuPOPBeforeCount[] = L"Prevent Popups = ";  // while the menu is open
 inline constexpr wchar_t kMnuIEC[] = L"Clear Internet Cache";
 inline constexpr wchar_t kMnuIECook[] = L"Clear Internet Cookies";
 inline constexpr wchar_t kMnuShow[] = L"Show Kestrelguard";

@@ -1,8 +1,8 @@
 #include "app/TrayIcon.h"
 
 #include <optional>
-#include <string>
 
+#include "app/Texts.h"
 #include "runtime/Numbers.h"
 
 namespace kestrelguard {
@@ -13,9 +13,6 @@ namespace {
 constexpr std::int32_t kLeftButtonUp = 514;
 constexpr std::int32_t kLeftDoubleClick = 515;
 constexpr std::int32_t kRightButtonUp = 517;
-
-// The tray menu's `mnuPOP` while the menu is open: this and the count.
-constexpr wchar_t kPreventPopupsCount[] = L"Prevent Popups = ";
 
 std::int32_t TrayMessage(double x, const MouseScale& scale) {
     return RoundToInteger(scale.pixels ? x : x / scale.twipsPerPixelX);
@@ -82,7 +79,7 @@ void TrayIcon::Form_MouseMove(double x) {
 
 void TrayIcon::OpenMenu() {
     m_parts.window.SetForeground();
-    m_parts.mnuPOPCaption.SetCaption(kPreventPopupsCount + Decimal(m_parts.state.popupsStoppedToday));
+    m_parts.mnuPOPCaption.SetCaption(texts::kMnuPOPBeforeCount + Decimal(m_parts.state.popupsStoppedToday));
     // The mode may have been changed on the settings page since the menu was last open.
     m_parts.mnuPOP.SetChecked(m_parts.state.prevent.Selected());
     m_parts.mnuM.PopUp();

@@ -26,7 +26,7 @@ class CacheEntries {
     virtual std::wstring CacheEntryDetails(const std::string& address) = 0;
     /// Deletes the entry. Answers 0, or the number of the error.
     virtual std::uint32_t DeleteUrlCacheEntryA(const std::string& address) = 0;
-    /// The system's text for an error, cut at 200 characters.
+    /// The system's text for an error; empty when it has none of fewer than 200 characters.
     virtual std::wstring SystemMessage(std::uint32_t error) const = 0;
 };
 

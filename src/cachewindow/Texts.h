@@ -1,6 +1,6 @@
 #pragma once
 
-/// Every text of the cache window.
+/// The cache window's own texts. What a walk writes into it (the counts, the details) is made with the walk.
 namespace kestrelguard::cache_texts {
 
 // Captions.

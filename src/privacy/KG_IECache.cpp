@@ -31,7 +31,7 @@ constexpr std::uint32_t kFixedMemory = 0;
 constexpr std::uint32_t kSearchAllGroups = 0;
 constexpr std::uint32_t kFlushUrlOnDelete = 2;
 
-/// From this entry on a list control takes no more rows.
+/// From this entry on none is listed: list windows of old systems take 32,767 rows.
 constexpr std::int32_t kFirstUnlistedEntry = 32765;
 
 /// Each group is gone once it was found: an enumeration of more never ends.

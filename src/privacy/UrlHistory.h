@@ -111,8 +111,8 @@ class URLHistoryItem {
 class CURLHistory {
  public:
     /// An enumeration that never ends must not take the program with it: one that goes in circles is told by
-    /// its addresses; behind that stands a plain limit. A record and its texts take more than 128 bytes, so
-    /// that nothing beyond this number can be true in the 2 GB that a process has.
+    /// its addresses; behind that stands a plain limit: so many entries would fill the better part of the
+    /// 2 GB that a process has.
     static constexpr std::uint32_t kMostEntries = 0x80000000U / 128U;
 
     /// Creates the store and loads all entries. `platform` outlives the object and its items.

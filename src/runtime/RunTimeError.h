@@ -8,8 +8,8 @@ namespace kestrelguard {
 
 /// What a failing step throws: a number and a description for the user.
 ///
-/// Small positive numbers are the run-time errors below; negative numbers are the HRESULT of a failed
-/// automation call.
+/// Positive numbers are the run-time errors below and those of a socket; negative numbers are the HRESULT of
+/// a failed automation call.
 class RunTimeError : public std::exception {
  public:
     /// The description is the standard text of a number below, or a general one for any other number.

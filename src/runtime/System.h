@@ -28,13 +28,13 @@ class ProgramFolder {
     virtual bool Exists(const std::wstring& name) const = 0;
 
     /// Hands over the lines of a file, one after the other, without their line ends (CR LF, CR or LF; the
-    /// last line may lack one). Throws kFileNotFound, kPermissionDenied, kPathFileAccess, kDeviceIOError;
-    /// what `line` throws passes through.
+    /// last line may lack one). Throws kFileNotFound, kPathNotFound, kPermissionDenied, kPathFileAccess,
+    /// kDeviceIOError, kOutOfMemory; what `line` throws passes through.
     virtual void ReadLines(const std::wstring& name,
                            const std::function<void(std::wstring_view)>& line) const = 0;
 
     /// Replaces a file as a whole: after a kill at any moment there is either the old or the new one.
-    /// Throws kPermissionDenied, kPathFileAccess, kDiskFull, kDeviceIOError.
+    /// Throws kPathNotFound, kPermissionDenied, kPathFileAccess, kDiskFull, kDeviceIOError, kOutOfMemory.
     virtual void Write(const std::wstring& name, std::wstring_view text) = 0;
 };
 

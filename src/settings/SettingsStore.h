@@ -40,7 +40,7 @@ class SettingsStore {
     /// With the mode "Read", exactly so, puts the file's settings into the controls; with any other writes
     /// the file from them. Without a file the mode becomes "WRITE".
     ///
-    /// Reading only ever checks boxes and adds rows; each read counts as one use. Throws what the file, a
+    /// Reading never clears a box or takes a row away; each read counts as one use. Throws what the file, a
     /// control or a number out of range throws, but nothing more from the first "SS1", "SS2" or "PP4" line
     /// of a read on. Writing throws before the file has changed.
     void SettingsFile(std::wstring& mode);

@@ -20,7 +20,7 @@ class UpdateClock {
     virtual std::int64_t Now() const = 0;
 };
 
-/// What the update check has to know of the program around it, and the one thing it may ask of it.
+/// What the update check has to know of the program around it, and the two things it may ask of it.
 class UpdateProgram {
  public:
     virtual ~UpdateProgram() = default;

@@ -1,8 +1,6 @@
 #pragma once
 
-#include <cstdint>
-
-/// Every text of the update check: what the user sees and what goes over the network.
+/// Texts of the update check: all that the user sees, and the names in what goes over the network.
 namespace kestrelguard::updatetexts {
 
 inline constexpr wchar_t kNoticeTitle[] = L"Kestrelguard Update Available!";

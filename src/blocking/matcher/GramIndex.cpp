@@ -141,7 +141,7 @@ void GramIndex::Add(Row row) {
     ++m_rowsOfWidth[WidthFor(m_texts[row].size())];
 }
 
-/// Row by row, as they lie in memory: along the chains it would take three times as long.
+/// Row by row, as they lie in memory: the way along the chains is longer (docs/matcher.md).
 void GramIndex::MakeTableAnew(Row besides) {
     GramTable table(m_table.Rows() + 1);
     for (Row row = 0; row < m_texts.Slots(); ++row) {

@@ -22,7 +22,7 @@ static_assert(sizeof(INTERNET_CACHE_ENTRY_INFOA) == 80);
 /// Nearly every entry's record fits; a larger one is asked for a second time.
 constexpr DWORD kBufferSize = 4096;
 
-/// The program-wide buffer for the system's error texts.
+/// The room for a text of the system's for an error, which does not cut one that is too long.
 constexpr DWORD kMessageSize = 200;
 
 template <class Format>

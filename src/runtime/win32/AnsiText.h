@@ -10,7 +10,7 @@ namespace kestrelguard {
 /// best fit or "?".
 std::string ToAnsi(std::wstring_view text);
 
-/// ToAnsi for the length of one call: a text of some hundred 7-bit characters takes no memory from the heap.
+/// ToAnsi for the length of one call: fewer than 300 7-bit characters take no memory from the heap.
 class AnsiArgument {
  public:
     explicit AnsiArgument(std::wstring_view text);

@@ -7,7 +7,7 @@
 namespace kestrelguard {
 
 /// The folder that holds the running program, without a backslash at its end and in letters of the system
-/// code page. Throws as CodePagePath does.
+/// code page. Throws as CodePagePath does, and when the system does not tell the program's file.
 std::wstring FolderOfProgram();
 
 /// The program's text files, 8-bit text in the system code page, in one real folder.

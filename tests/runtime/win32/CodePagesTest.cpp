@@ -9,7 +9,7 @@
 namespace kestrelguard {
 namespace {
 
-/// Every code page that Windows may run its programs in.
+/// The code pages of one or two bytes a letter that Windows may run its programs in.
 class CodePagesTest : public testing::TestWithParam<unsigned> {
  protected:
     /// Calls `action` with every character that the code page holds beyond the 7 bits.
