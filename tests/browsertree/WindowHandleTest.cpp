@@ -2,7 +2,6 @@
 
 #include <limits>
 #include <optional>
-#include <string>
 
 #include "browsertree/BrowserTree.h"
 #include "runtime/ErrorsIgnored.h"

@@ -6,39 +6,29 @@
 #include <string>
 #include <vector>
 
-#include "controls/Fakes.h"
+#include "SavedCookiesWorld.h"
 
 namespace kestrelguard {
 namespace {
 
-constexpr wchar_t kFile[] = L"KestrelC.CFG";
 constexpr wchar_t kHeader[] =
     L"'# Kestrelguard v2.0 - Saved Cookies\r\n"
     L"'# Configuration Modified: (5/17/2004 3:05:09 PM)\r\n"
     L"'# DO NOT EDIT UNLESS YOU KNOW WHAT YOU ARE DOING\r\n"
     L"'###################\r\n";
 
-class SavedCookiesTest : public ::testing::Test {
+class SavedCookiesTest : public ::testing::Test, protected SavedCookiesWorld {
  protected:
-    std::vector<std::wstring> Saved() const { return {saved.begin(), saved.end()}; }
     void Save(const std::wstring& address) {
         saved.Add(address);
         savecLST.rows.push_back(address);
     }
-    void Read(const std::wstring& text) {
-        folder.files[kFile] = text;
-        store.SavedCookiesFile(L"Read");
-    }
 
-    FakeProgramFolder folder;
-    FakeLocale locale;
-    TextSet saved;
     FakeListRows kg_CLST;
     FakeListSelection cacheSelection;
     FakeListRows savecLST;
     FakeListSelection savedSelection;
     FakeToolTip savedTip;
-    SavedCookiesStore store{folder, locale, saved};
     SavedCookiesEditor editor{
         SavedCookiesEditor::Parts{kg_CLST, cacheSelection, savecLST, savedSelection, savedTip, saved}};
 };

@@ -37,6 +37,12 @@ class Faults {
     int m_calls = 0;
 };
 
+/// Lets all these fakes fail by the same plan; null for none.
+template <class... Fakes>
+void LetFail(Faults* faults, Fakes&... fakes) {
+    ((fakes.faults = faults), ...);
+}
+
 /// What every fake has: its optional Faults.
 class Fallible {
  public:

@@ -340,12 +340,7 @@ class FakeCacheWindows : public CacheWindows {
         ours = true;
     }
     void SetFaults(Faults* faults) {
-        entries.faults = faults;
-        selection.faults = faults;
-        visibility.faults = faults;
-        countLabel.faults = faults;
-        detailsLabel.faults = faults;
-        details.faults = faults;
+        LetFail(faults, entries, selection, visibility, countLabel, detailsLabel, details);
     }
 
     std::int32_t handle = 0;

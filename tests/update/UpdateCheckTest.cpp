@@ -3,11 +3,8 @@
 #include <algorithm>
 #include <string>
 #include <string_view>
-#include <utility>
-#include <vector>
 
 #include "runtime/Maker.h"
-#include "runtime/Text.h"
 
 namespace kestrelguard {
 namespace {
@@ -233,11 +230,15 @@ TEST_F(UpdateCheckTest, AReportThatCannotBeSentEndsTheCheckSilently) {
 // --- the Windows version
 
 TEST_F(UpdateCheckTest, WinVersionFillsTheCode) {
-    FakeVersion system;
-    system.version = WindowsVersion{2, 5, 0, L"", 0, 1};
-    UpdateCheck other{With(zev, zevPli), UpdateData{}};
-    other.WinVersion(system);
-    EXPECT_EQ(other.Data().windowsCode, L"00PRO");
+    const auto code = [this](const WindowsVersion& version) {
+        FakeVersion system;
+        system.version = version;
+        UpdateCheck other{With(zev, zevPli), UpdateData{}};
+        other.WinVersion(system);
+        return other.Data().windowsCode;
+    };
+    EXPECT_EQ(code({2, 5, 0, L"", 0, 1}), L"00PRO");
+    EXPECT_EQ(code({2, 10, 0, L"", 256, 1}), L"02UNK");
 }
 
 TEST_F(UpdateCheckTest, WinVersionLeavesTheCodeWhenTheSystemRefuses) {
@@ -246,14 +247,6 @@ TEST_F(UpdateCheckTest, WinVersionLeavesTheCodeWhenTheSystemRefuses) {
     EXPECT_EQ(other.Data().windowsCode, L"");
     check.WinVersion(FakeVersion{});
     EXPECT_EQ(check.Data().windowsCode, L"XPPRO");
-}
-
-TEST_F(UpdateCheckTest, WinVersionGivesTheUnknownCode) {
-    FakeVersion system;
-    system.version = WindowsVersion{2, 10, 0, L"", 256, 1};
-    UpdateCheck other{With(zev, zevPli), UpdateData{}};
-    other.WinVersion(system);
-    EXPECT_EQ(other.Data().windowsCode, L"02UNK");
 }
 
 }  // namespace

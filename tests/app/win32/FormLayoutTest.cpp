@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cwchar>
-#include <iterator>
 #include <string>
 
 namespace kestrelguard::form_layout {
