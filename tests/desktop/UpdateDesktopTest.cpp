@@ -239,8 +239,10 @@ TEST_F(UpdateDesktopTest, AnOfferOfAMegabyteShowsAShortNotice) {
     EXPECT_TRUE(Close());
 }
 
-TEST_F(UpdateDesktopTest, FormatsInAnOfferAreText) {
+TEST_F(UpdateDesktopTest, FormatsAndCommandsInAnOfferAreText) {
     Start();
+    ASSERT_TRUE(m_guard->Inside().RecordCalls());
+    ASSERT_TRUE(m_guard->Inside().RecordLibraries());
     Peer query = AcceptQuery();
     ASSERT_TRUE(query);
     ASSERT_TRUE(query.Send(std::string(kToken) + "9%s%n%x &calc.exe ..\\"));
@@ -249,6 +251,9 @@ TEST_F(UpdateDesktopTest, FormatsInAnOfferAreText) {
     EXPECT_NE(std::wstring::npos, box.text.find(L"Update to version 9%s%n%x &calc.exe ..\\ Now?"))
         << box.text;
     EXPECT_TRUE(Dismiss(box));
+    EXPECT_TRUE(Responsive());
+    EXPECT_TRUE(m_guard->Inside().ExecuteCalls().empty()) << "nothing is opened";
+    EXPECT_TRUE(m_guard->Inside().LibraryCalls().empty());
     EXPECT_TRUE(Close());
 }
 
