@@ -31,7 +31,7 @@ int RunForm() {
         },
         Report);
     const int exitCode = loaded ? kestrelguard::PlatformMessageLoop::Run(form.Handle()) : EXIT_FAILURE;
-    if (kestrelguard::AnythingKept()) {
+    if (kestrelguard::AnythingHangs()) {
         // A browser hangs: leaving COM in good order would wait for it. Everything is stored by now.
         ExitProcess(static_cast<UINT>(exitCode));
     }

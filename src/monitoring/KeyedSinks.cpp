@@ -1,6 +1,8 @@
 #include "monitoring/KeyedSinks.h"
 
 #include <algorithm>
+#include <iterator>
+#include <ranges>
 #include <utility>
 
 #include "runtime/Numbers.h"
@@ -71,11 +73,8 @@ std::vector<KeyedSinks::Sink> KeyedSinks::All() const {
 }
 
 std::vector<std::wstring> KeyedSinks::Keys() const {
-    std::vector<std::wstring> keys;
-    for (const Sink& sink : m_colBrowsers) {
-        keys.push_back(sink.key);
-    }
-    return keys;
+    const auto keys = m_colBrowsers | std::views::transform(&Sink::key);
+    return {keys.begin(), keys.end()};
 }
 
 }  // namespace kestrelguard

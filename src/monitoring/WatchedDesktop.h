@@ -16,7 +16,8 @@ class DesktopWindow {
     virtual std::int32_t Handle() = 0;
     /// What tells windows apart: the same for two references to one window, for as long as one is held.
     virtual const void* Identity() const = 0;
-    /// Whether it answers. Found out without a call to it, in a short time.
+    /// Whether it answers. Found out without a call to it, in a short time. One that a call was cut off from,
+    /// since it took too long, does not for a while.
     virtual bool Answers() = 0;
 };
 using DesktopWindowPtr = std::shared_ptr<DesktopWindow>;
@@ -48,6 +49,8 @@ class ShellListener {
     virtual ~ShellListener() = default;
     virtual void WindowRegistered() = 0;
     virtual void WindowRevoked() = 0;
+    /// The while is over that RemindLater was asked for.
+    virtual void Reminded() = 0;
 };
 
 /// A connection to the system's list and its announcements; ends with this. Its end calls out.
@@ -68,8 +71,12 @@ class WatchedDesktop {
     /// Cuts off a window that does not answer, and the sink on it if there is one, and keeps both: letting go
     /// of them would call out and never come back.
     virtual void Park(const DesktopWindowPtr& window, std::shared_ptr<WindowSink> sink) noexcept = 0;
-    /// Lets the listener hear of a registered window once more in a while: a window that does not answer yet
-    /// may do so by then. Nothing more happens when that is to come already.
+    /// The parked window of that identity; null for none.
+    virtual DesktopWindowPtr Parked(const void* identity) const = 0;
+    /// Lets go of what is parked and answers again. Calls out.
+    virtual void ReleaseAnswering() noexcept = 0;
+    /// Reminds the listener in a while: a window that does not answer yet, or a list that failed, may do so
+    /// by then. Nothing more happens when that is to come already.
     virtual void RemindLater(std::shared_ptr<ShellListener> listener) noexcept = 0;
 };
 

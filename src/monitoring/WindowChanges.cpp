@@ -1,6 +1,7 @@
 #include "monitoring/WindowChanges.h"
 
 #include <algorithm>
+#include <ranges>
 #include <unordered_set>
 #include <utility>
 
@@ -14,11 +15,9 @@ auto Is(const void* identity) {
 }
 
 std::unordered_set<const void*> IdentitiesOf(const WindowChanges::Windows& windows) {
-    std::unordered_set<const void*> identities;
-    for (const auto& window : windows) {
-        identities.insert(window->Identity());
-    }
-    return identities;
+    const auto identities =
+        windows | std::views::transform([](const DesktopWindowPtr& window) { return window->Identity(); });
+    return {identities.begin(), identities.end()};
 }
 
 }  // namespace
@@ -74,8 +73,8 @@ void WindowChanges::MakeDue(const Announced& announced) {
     // An announcement that may be a repetition, or an older one whose rebuild has failed, counts when a
     // window has gone of which nobody was told.
     const std::uint32_t all = announced.revoked + std::exchange(m_owed, 0);
-    const std::uint32_t destroyed =
-        std::max(announced.revoked - announced.perhapsRepeated, std::min(all, m_went));
+    const std::uint32_t destroyed = std::max(announced.revoked - announced.perhapsRepeated,
+                                             announced.mended ? m_went : std::min(all, m_went));
     m_went -= std::min(m_went, destroyed);
     m_destroyedDue += destroyed;
 }

@@ -22,6 +22,9 @@ class WindowChanges {
         /// The window that the search for a new one has found, and whether it was known before the rebuild.
         DesktopWindowPtr found = {};
         bool wasKnown = false;
+        /// An earlier rebuild has failed, and announcements may have been lost with it: whatever went is
+        /// told.
+        bool mended = false;
     };
 
     /// Takes the list as a rebuild has filled it. `whole` is false when the walk ended before the system's

@@ -10,45 +10,25 @@
 
 namespace kestrelguard {
 
-/// What one connection to the shell tells, passed on to the watch that has the connection.
-class WindowWatch::Ear final : public ShellListener {
- public:
-    explicit Ear(WindowWatch& watch) : m_watch(watch.weak_from_this()) {}
+namespace {
 
-    void PassTo(WindowWatch& watch) noexcept { m_watch = watch.weak_from_this(); }
-    void Deafen() noexcept { m_watch.reset(); }
+/// How a call to a window went: kHangs when it does not answer any more.
+enum class Outcome { kDone, kFailed, kHangs };
 
-    /// The other connection has told of a revocation that this one may tell again.
-    void ExpectRepetition() noexcept { ++m_repetitions; }
-    bool TakeRepetition() noexcept { return m_repetitions > 0 && m_repetitions-- > 0; }
-
-    void WindowRegistered() override {
-        if (const auto watch = m_watch.lock()) {
-            watch->HearRegistered();
-        }
-    }
-    void WindowRevoked() override {
-        if (const auto watch = m_watch.lock()) {
-            watch->HearRevoked(*this);
-        }
-    }
-
- private:
-    std::weak_ptr<WindowWatch> m_watch;
-    std::uint32_t m_repetitions = 0;
-};
+}  // namespace
 
 void WindowWatch::Heard::Add(const Heard& other) noexcept {
     registered += other.registered;
     revoked += other.revoked;
     perhapsRepeated += other.perhapsRepeated;
     loadAgain = loadAgain || other.loadAgain;
+    reminded = reminded || other.reminded;
 }
 
 void WindowWatch::Succeed(WindowWatch& predecessor) noexcept {
     m_shell = std::exchange(predecessor.m_shell, Shell());
     if (m_shell.ear) {
-        m_shell.ear->PassTo(*this);
+        m_shell.ear->PassTo(weak_from_this());
     }
     m_heard.Add(predecessor.m_heard);
     m_heard.Add(predecessor.m_inWork);
@@ -125,7 +105,9 @@ void WindowWatch::LoadBrowsers() {
 }
 
 void WindowWatch::Rebuild(ReadHandles& handles) {
+    m_failed = true;
     m_sinks.Release();
+    m_desktop->ReleaseAnswering();
     if (!m_closed) {
         ConnectShell();
     }
@@ -148,10 +130,11 @@ void WindowWatch::Rebuild(ReadHandles& handles) {
     if (m_list != nullptr) {
         m_changes.Note(m_listed, m_wholeWalk);
     }
+    m_failed = false;
 }
 
 void WindowWatch::ConnectShell() {
-    Shell fresh{std::make_shared<Ear>(*this), nullptr};
+    Shell fresh{std::make_shared<Ear>(weak_from_this()), nullptr};
     m_connecting = fresh.ear;
     try {
         fresh.connection = m_desktop->ConnectShell(fresh.ear);
@@ -172,51 +155,64 @@ void WindowWatch::ConnectShell() {
 void WindowWatch::WatchWindows(ShellConnection& shell, ReadHandles& handles) {
     const auto walk = shell.Walk();
     bool errorsIgnored = false;
-    const auto step = [&errorsIgnored](auto&& action) {
-        if (errorsIgnored) {
-            return ErrorOf(action) == 0;
+    const auto step = [&errorsIgnored](auto&& action, auto&& answers) {
+        FirstFailure failure;
+        failure.Try(action);
+        if (failure.Any() && !answers()) {
+            return Outcome::kHangs;
         }
-        action();
-        return true;
+        if (!errorsIgnored) {
+            failure.Rethrow();
+        }
+        return failure.Any() ? Outcome::kFailed : Outcome::kDone;
     };
     for (;;) {
         bool more = false;
         if (!m_closed) {
-            m_wholeWalk = step([&] { more = walk->Next(); });
+            const auto next = [&] { more = walk->Next(); };
+            m_wholeWalk = !errorsIgnored || ErrorOf(next) == 0;
+            if (!errorsIgnored) {
+                next();
+            }
         }
         if (!more || m_closed) {
             return;
         }
-        if (const DesktopWindowPtr known = KnownAs(walk->Identity()); known && !known->Answers()) {
-            errorsIgnored = Keep(known) || errorsIgnored;
-            continue;
-        } else if (!known && !walk->Answers()) {
-            m_desktop->RemindLater(m_shell.ear);
-            continue;
-        }
+        const DesktopWindowPtr known = KnownAs(walk->Identity());
+        const auto answers = [&] { return known ? known->Answers() : walk->Answers(); };
         DesktopWindowPtr window;
-        if (!step([&] { window = walk->Window(); })) {
+        Outcome outcome = answers() ? step([&] { window = walk->Window(); }, answers) : Outcome::kHangs;
+        if (outcome == Outcome::kFailed) {
             continue;
         }
         std::shared_ptr<WindowSink> sink;
-        if (!m_closed) {
-            step([&] { sink = m_desktop->Listen(window); });
+        if (outcome == Outcome::kDone && !m_closed) {
+            outcome = step([&] { sink = m_desktop->Listen(window); }, answers);
         }
-        if (m_closed || !sink) {
+        if (m_closed || (!sink && outcome != Outcome::kHangs)) {
             // Kept: a window that cannot be connected to ends the walk; those after it wait for the next one.
             m_wholeWalk = false;
             return;
         }
         std::wstring key;
-        const bool keyBuilt = step([&] { key = m_sinks.KeyOf(handles.Of(window)); });
+        if (outcome == Outcome::kDone) {
+            outcome = step([&] { key = m_sinks.KeyOf(handles.Of(window)); }, answers);
+        }
         if (m_closed) {
             return;
+        }
+        if (outcome == Outcome::kHangs) {
+            if (window) {
+                m_desktop->Park(window, std::move(sink));
+            }
+            errorsIgnored = PassOver(known) || errorsIgnored;
+            continue;
         }
         // From the first key on, what fails is left out and the next step runs.
         errorsIgnored = true;
         ErrorsIgnored(
             [&] {
-                if (keyBuilt) {
+                if (outcome == Outcome::kDone) {
                     m_sinks.Add({key, window, std::move(sink), handles.Of(window)});
                 }
             },
@@ -232,19 +228,31 @@ void WindowWatch::List(const DesktopWindowPtr& window) {
 }
 
 DesktopWindowPtr WindowWatch::KnownAs(const void* identity) const {
-    const DesktopWindowPtr watched = m_sinks.WindowOf(identity);
-    return watched ? watched : m_changes.WindowOf(identity);
+    for (const auto& window : {m_sinks.WindowOf(identity), m_changes.WindowOf(identity)}) {
+        if (window) {
+            return window;
+        }
+    }
+    // An earlier watch knew it.
+    return m_desktop->Parked(identity);
 }
 
-bool WindowWatch::Keep(const DesktopWindowPtr& window) {
-    const bool hasKey = m_sinks.Rests(window);
+bool WindowWatch::PassOver(const DesktopWindowPtr& known) {
+    const bool hasKey = known && m_sinks.Rests(known);
+    if (!hasKey) {
+        m_desktop->RemindLater(m_shell.ear);
+    }
     ErrorsIgnored(
         [&] {
             if (hasKey) {
-                m_sinks.Wake(window);
+                m_sinks.Wake(known);
             }
         },
-        [&] { List(window); });
+        [&] {
+            if (known) {
+                List(known);
+            }
+        });
     return hasKey;
 }
 
@@ -256,11 +264,14 @@ DesktopWindowPtr WindowWatch::GetNewBrowser(ReadHandles& handles) {
     const auto readWatched = [&] {
         watchedHandles.emplace();
         for (const KeyedSinks::Sink& sink : watched) {
-            const auto read = [&] {
-                watchedHandles->insert(sink.window->Answers() ? handles.Of(sink.window) : sink.handle);
-            };
-            if (m_closed || ErrorOf(read) != 0) {
+            const auto hangs = [&] { return !sink.window->Answers(); };
+            const bool done =
+                !hangs() && ErrorOf([&] { watchedHandles->insert(handles.Of(sink.window)); }) == 0;
+            if (m_closed || (!done && !hangs())) {
                 return;
+            }
+            if (!done) {
+                watchedHandles->insert(sink.handle);
             }
         }
     };
@@ -268,16 +279,23 @@ DesktopWindowPtr WindowWatch::GetNewBrowser(ReadHandles& handles) {
     const auto walk = shell->Walk();
     while (!m_closed && walk->Next() && !m_closed) {
         const DesktopWindowPtr known = KnownAs(walk->Identity());
-        if (known ? !known->Answers() : !walk->Answers()) {
+        const auto hangs = [&] {
+            if (known ? known->Answers() : walk->Answers()) {
+                return false;
+            }
             // Whether it is new shows when it answers.
-            if (!known) {
+            if (!m_sinks.WindowOf(walk->Identity())) {
                 m_desktop->RemindLater(m_shell.ear);
             }
+            return true;
+        };
+        if (hangs()) {
             continue;
         }
         DesktopWindowPtr window;
         if (ErrorOf([&] { window = walk->Window(); }) != 0) {
             // Not a browser: nothing that could be watched.
+            static_cast<void>(hangs());
             continue;
         }
         if (m_closed || !window || watched.empty()) {
@@ -285,9 +303,15 @@ DesktopWindowPtr WindowWatch::GetNewBrowser(ReadHandles& handles) {
         }
         if (!watchedHandles) {
             readWatched();
+            if (hangs()) {
+                continue;
+            }
         }
         bool found = false;
-        ErrorsIgnored([&] { found = watchedHandles->contains(handles.Of(window)); });
+        if (ErrorOf([&] { found = watchedHandles->contains(handles.Of(window)); }) != 0 && hangs()) {
+            m_desktop->Park(window, nullptr);
+            continue;
+        }
         if (!found) {
             return window;
         }
@@ -310,6 +334,11 @@ void WindowWatch::HearRevoked(Ear& ear) {
     WorkOff();
 }
 
+void WindowWatch::HearReminder() {
+    m_heard.reminded = true;
+    WorkOff();
+}
+
 void WindowWatch::WorkOff() {
     if (m_busy || !m_started) {
         return;
@@ -319,6 +348,9 @@ void WindowWatch::WorkOff() {
         failure.Try([this] { WorkOffOnce(); });
         // Left over only after a failure: who went then is told after the next rebuild that succeeds.
         m_changes.Owe(std::exchange(m_inWork, Heard()).revoked);
+    }
+    if (m_failed && !m_closed) {
+        m_desktop->RemindLater(m_shell.ear);
     }
     failure.Try([this] { TellDue(); });
     failure.Rethrow();
@@ -330,19 +362,28 @@ void WindowWatch::WorkOffOnce() {
         const Flagged busy(m_busy);
         ReadHandles handles;
         DesktopWindowPtr found;
-        if (m_inWork.registered > 0) {
+        // After a failure the connection may be a dead one, which finds nothing: a new one will.
+        const bool mends = m_inWork.reminded && m_failed;
+        if (m_inWork.registered > 0 || (m_inWork.reminded && !mends)) {
+            m_failed = true;
             found = GetNewBrowser(handles);
+            m_failed = false;
         }
         const bool wasKnown = m_changes.Knows(found);
-        if (!m_closed && (found || m_inWork.revoked > 0 || m_inWork.loadAgain)) {
+        if (!m_closed && (found || mends || m_inWork.revoked > 0 || m_inWork.loadAgain)) {
             Rebuild(handles);
         }
         if (m_closed) {
             return;
         }
+        if (found && !found->Answers()) {
+            // Whoever is told of it calls it: that waits until it answers.
+            m_desktop->Park(std::exchange(found, nullptr), nullptr);
+            m_desktop->RemindLater(m_shell.ear);
+        }
         const Heard done = std::exchange(m_inWork, Heard());
-        if (done.registered > 0 || done.revoked > 0) {
-            m_changes.MakeDue({done.revoked, done.perhapsRepeated, found, wasKnown});
+        if (done.registered > 0 || done.revoked > 0 || done.reminded) {
+            m_changes.MakeDue({done.revoked, done.perhapsRepeated, found, wasKnown, mends});
         }
     }
     TellDue();

@@ -8,6 +8,7 @@
 
 #include "monitoring/KeyedSinks.h"
 #include "monitoring/ReadHandles.h"
+#include "monitoring/ShellEar.h"
 #include "monitoring/WatchedDesktop.h"
 #include "monitoring/WindowChanges.h"
 
@@ -18,7 +19,8 @@ namespace kestrelguard {
 ///
 /// A window that does not answer is not called: it keeps its sink, its key and its place in the list until it
 /// answers or leaves the system's list. One that was not known before waits until it answers, and is asked
-/// again in a while: a new window is often busy just when it is announced.
+/// again in a while: a new window is often busy just when it is announced. So is the list of windows itself
+/// after a rebuild that failed: whoever has lost it hears of no window any more.
 ///
 /// Calls to windows let other calls in. A rebuild is never entered a second time: an announcement that
 /// arrives during one is remembered and worked off after it. Members may be called in the middle of each
@@ -48,7 +50,8 @@ class WindowWatch final : public std::enable_shared_from_this<WindowWatch> {
 
  private:
     using Windows = WindowChanges::Windows;
-    class Ear;
+    using Ear = ShellEar<WindowWatch>;
+    friend Ear;
 
     /// A connection to the shell and the ear that it has.
     struct Shell {
@@ -62,13 +65,15 @@ class WindowWatch final : public std::enable_shared_from_this<WindowWatch> {
         /// Those of `revoked` that may be another one's repetition through the other connection.
         std::uint32_t perhapsRepeated = 0;
         bool loadAgain = false;
+        bool reminded = false;
 
-        bool Anything() const { return registered > 0 || revoked > 0 || loadAgain; }
+        bool Anything() const { return registered > 0 || revoked > 0 || loadAgain || reminded; }
         void Add(const Heard& other) noexcept;
     };
 
     void HearRegistered();
     void HearRevoked(Ear& ear);
+    void HearReminder();
 
     /// The window that has just appeared: the first of the system's list whose handle no sink has. Reads each
     /// handle once; `handles` keeps them for the rebuild that follows.
@@ -79,8 +84,9 @@ class WindowWatch final : public std::enable_shared_from_this<WindowWatch> {
     void WatchWindows(ShellConnection& shell, ReadHandles& handles);
     /// The window of that identity as it is known; null for a new one.
     DesktopWindowPtr KnownAs(const void* identity) const;
-    /// Keeps a window that does not answer as it was. Answers whether it has a key.
-    bool Keep(const DesktopWindowPtr& window);
+    /// Keeps a window that does not answer as it was: in the list, and under a key if it has one. Nothing is
+    /// known of a null one. Answers whether it has a key; one without is asked again in a while.
+    bool PassOver(const DesktopWindowPtr& known);
     void List(const DesktopWindowPtr& window);
     void Park() noexcept;
     static void LetGo(Shell& shell) noexcept;
@@ -102,6 +108,8 @@ class WindowWatch final : public std::enable_shared_from_this<WindowWatch> {
     /// The ear of the connection that is being made, beside that of the old one.
     std::shared_ptr<Ear> m_connecting;
 
+    /// The last rebuild, or the search before it, has failed.
+    bool m_failed = false;
     /// A rebuild, or the search for a new window, is under way.
     bool m_busy = false;
     Heard m_heard;

@@ -22,6 +22,7 @@ class FirstFailure {
         }
     }
 
+    bool Any() const noexcept { return static_cast<bool>(m_failure); }
     /// Throws what the first failing step threw; nothing when none failed.
     void Rethrow() const {
         if (m_failure) {

@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <memory>
+#include <string>
+#include <vector>
 
 #include "RunningGuard.h"
 #include "desktop/Desktop.h"
@@ -36,6 +39,12 @@ class HangingBrowserTest : public ::testing::Test {
     bool Shows(const std::wstring& title) const {
         const auto lines = m_guard->TreeLines();
         return std::find(lines.begin(), lines.end(), L"    Title : " + title) != lines.end();
+    }
+
+    std::ptrdiff_t BrowserNodes() const {
+        const auto nodes = TreeNodes(m_guard->Tree());
+        return std::count_if(nodes.begin(), nodes.end(),
+                             [](const TreeNode& node) { return node.depth == 1; });
     }
 
     desktop::Apartment m_apartment;
@@ -98,6 +107,42 @@ TEST_F(HangingBrowserTest, OneThatWasBusyAtTheStartIsWatchedWithoutFurtherAnnoun
     EXPECT_EQ(1, busy.Sinks());
     EXPECT_TRUE(busy.FireNewWindow2().cancel);
     EXPECT_TRUE(m_guard->EndsWell());
+}
+
+TEST_F(HangingBrowserTest, ADoubleClickOnTheRootKeepsItsNode) {
+    m_desktop.OpenBrowser(Page(L"near"));
+    RemoteBrowser& hung = OpenFar();
+    m_guard = std::make_unique<RunningGuard>();
+    ASSERT_TRUE(Shows(L"far"));
+    hung.Stop();
+    const HWND tree = m_guard->Tree();
+    DoubleClickNode(tree, TreeNodes(tree).at(0).item);
+    // Its title is not known now.
+    EXPECT_TRUE(WaitUntil([&] { return Shows(L"") && Shows(L"near") && BrowserNodes() == 2; }));
+    hung.GoOn();
+    EXPECT_TRUE(WaitUntil([&] { return hung.Sinks() == 1 && hung.FireNewWindow2().cancel; }));
+    m_desktop.OpenBrowser(Page(L"next"));
+    EXPECT_TRUE(WaitUntil([&] { return Shows(L"next"); }));
+    EXPECT_EQ(3, BrowserNodes());
+    EXPECT_EQ(1, hung.Sinks());
+    EXPECT_TRUE(m_guard->EndsWell());
+}
+
+TEST_F(HangingBrowserTest, ASinkThatWasKeptIsTakenBackWhenItAnswers) {
+    m_desktop.OpenBrowser(Page(L"near"));
+    RemoteBrowser& hung = OpenFar();
+    m_guard = std::make_unique<RunningGuard>();
+    hung.Stop();
+    const HWND tree = m_guard->Tree();
+    // A click on the root watches all windows anew, and cannot take back the sink on this one.
+    ClickNode(tree, TreeNodes(tree).at(0).item);
+    ASSERT_TRUE(m_guard->WaitPosted());
+    hung.GoOn();
+    m_desktop.OpenBrowser(Page(L"next"));
+    EXPECT_TRUE(WaitUntil([&] { return Shows(L"next"); }));
+    EXPECT_TRUE(WaitUntil([&] { return hung.Sinks() == 1 && hung.FireNewWindow2().cancel; }));
+    EXPECT_TRUE(m_guard->EndsWell());
+    EXPECT_EQ(0, hung.Sinks());
 }
 
 }  // namespace

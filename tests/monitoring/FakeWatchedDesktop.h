@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "monitoring/WatchedDesktop.h"
+#include "runtime/ErrorsIgnored.h"
 #include "runtime/RunTimeError.h"
 
 /// A desktop in memory on which anything may happen in the middle of any call.
@@ -27,6 +28,8 @@ struct WindowState {
     bool hung = false;
     /// Calls that were made all the same.
     int waits = 0;
+    /// The call after so many hangs, and is cut off; negative for none.
+    int hangsAfter = -1;
     /// So many of its next calls fail.
     int failures = 0;
     int sinks = 0;
@@ -126,6 +129,22 @@ class Desktop final : public WatchedDesktop {
     void Park(const DesktopWindowPtr& window, std::shared_ptr<WindowSink> sink) noexcept override {
         parked.emplace_back(window, std::move(sink));
     }
+    DesktopWindowPtr Parked(const void* identity) const override {
+        for (const auto& one : parked) {
+            if (one.first->Identity() == identity) {
+                return one.first;
+            }
+        }
+        return nullptr;
+    }
+    void ReleaseAnswering() noexcept override {
+        const auto answers = [](const auto& one) { return one.first->Answers(); };
+        for (auto one = std::find_if(parked.begin(), parked.end(), answers); one != parked.end();
+             one = std::find_if(parked.begin(), parked.end(), answers)) {
+            const auto released = std::move(*one);
+            parked.erase(one);
+        }
+    }
     void RemindLater(std::shared_ptr<ShellListener> listener) noexcept override {
         reminded = std::move(listener);
     }
@@ -133,7 +152,7 @@ class Desktop final : public WatchedDesktop {
     bool Remind() {
         const auto listener = std::exchange(reminded, nullptr);
         if (listener) {
-            listener->WindowRegistered();
+            ErrorsIgnored([&] { listener->Reminded(); });
         }
         return listener != nullptr;
     }
@@ -164,6 +183,7 @@ class Desktop final : public WatchedDesktop {
 
         void Ask() {
             m_state->waits += m_state->hung ? 1 : 0;
+            m_desktop.Call(*m_state);
             m_desktop.LetIn();
             if (m_state->dead || m_state->failures > 0) {
                 m_state->failures -= m_state->dead ? 0 : 1;
@@ -210,6 +230,7 @@ class Desktop final : public WatchedDesktop {
             if (m_desktop.empties.contains(m_at)) {
                 return nullptr;
             }
+            m_desktop.Call(*Entry());
             m_desktop.LetIn();
             if (m_desktop.strangers.contains(m_at)) {
                 throw RunTimeError(-6);
@@ -251,6 +272,14 @@ class Desktop final : public WatchedDesktop {
         std::list<std::shared_ptr<ShellListener>>::iterator m_place;
     };
 
+    /// A call to a window begins; it may never come back, and is cut off then.
+    void Call(WindowState& window) {
+        if (window.hangsAfter >= 0 && window.hangsAfter-- == 0) {
+            window.hung = true;
+            LetIn();
+            throw RunTimeError(-9);
+        }
+    }
     void FailShell() {
         if (shellFailures > 0) {
             --shellFailures;

@@ -144,10 +144,138 @@ TEST_F(HungWindowTest, ARefreshKeepsItListedAndTheNextAnnouncementWatchesIt) {
     EXPECT_EQ((std::vector<int>{1, 2}), monitored.ListedNumbers());
     EXPECT_EQ(std::vector<std::wstring>{L"_1_"}, monitored.Keys());
     Window(2).hung = false;
-    desktop.parked.clear();
     desktop.Registered();
     EXPECT_EQ((std::vector<std::wstring>{L"_1_", L"_2_"}), monitored.Keys());
+    // The one that was parked is let go.
     EXPECT_EQ(1, Window(2).sinks);
+    EXPECT_TRUE(desktop.parked.empty());
+}
+
+TEST_F(HungWindowTest, AfterARefreshItIsWatchedInAWhileWithoutAnnouncement) {
+    Watch(2);
+    Window(2).hung = true;
+    monitored.Refresh();
+    ASSERT_TRUE(desktop.Remind());
+    EXPECT_EQ(std::vector<std::wstring>{L"_1_"}, monitored.Keys());
+    Window(2).hung = false;
+    ASSERT_TRUE(desktop.Remind());
+    EXPECT_EQ((std::vector<std::wstring>{L"_1_", L"_2_"}), monitored.Keys());
+    EXPECT_EQ(1, Window(2).sinks);
+    EXPECT_FALSE(desktop.Remind());
+}
+
+TEST_F(HungWindowTest, SwitchedOffAndOnItKeepsItsPlace) {
+    Watch(3);
+    Window(2).hung = true;
+    monitored.OffAndOn();
+    EXPECT_EQ((std::vector<int>{1, 2, 3}), monitored.ListedNumbers());
+    EXPECT_EQ((std::vector<std::wstring>{L"_1_", L"_3_"}), monitored.Keys());
+    Window(2).hung = false;
+    monitored.Open();
+    EXPECT_EQ((std::vector<int>{1, 2, 3, 4}), monitored.ListedNumbers());
+    EXPECT_EQ(1, Window(2).sinks);
+    EXPECT_TRUE(desktop.parked.empty());
+}
+
+TEST_F(HungWindowTest, WhatIsParkedIsLetGoWhenItAnswers) {
+    Watch(2);
+    Window(1).hung = true;
+    Window(1).listed = false;
+    desktop.Revoked();
+    ASSERT_EQ(1U, desktop.parked.size());
+    monitored.Open();
+    ASSERT_EQ(1U, desktop.parked.size());
+    Window(1).hung = false;
+    monitored.Open();
+    EXPECT_TRUE(desktop.parked.empty());
+    EXPECT_EQ(0, Window(1).sinks);
+    EXPECT_EQ(0, Window(1).references);
+}
+
+// It hangs in the middle of a call, which is cut off: at every call of an announcement's work.
+
+TEST_F(HungWindowTest, AKnownOneThatHangsInACallKeepsItsPlace) {
+    for (int which = 1; which <= 3; ++which) {
+        for (int call = 0; call < 4; ++call) {
+            SCOPED_TRACE(std::to_string(which) + " in call " + std::to_string(call));
+            Desktop desk;
+            Monitored watched(desk);
+            for (int i = 1; i <= 3; ++i) {
+                desk.Add(i);
+            }
+            watched.On();
+            WindowState& window = *desk.Windows()[static_cast<std::size_t>(which - 1)];
+            window.hangsAfter = call;
+            watched.Open();
+            EXPECT_EQ(call < 4, window.hung);
+            EXPECT_EQ(0, desk.failedAnnouncements);
+            EXPECT_EQ(0, window.waits);
+            EXPECT_EQ((std::vector<int>{1, 2, 3, 4}), watched.ListedNumbers());
+            EXPECT_EQ(std::vector<int>{4}, watched.created);
+            for (const auto& other : desk.Windows()) {
+                if (other.get() != &window) {
+                    EXPECT_EQ(1, other->sinks);
+                }
+            }
+            window.hung = false;
+            watched.Open();
+            EXPECT_EQ(1, window.sinks);
+            EXPECT_TRUE(desk.parked.empty());
+            EXPECT_EQ(5U, watched.Keys().size());
+            watched.watching.SwitchOff();
+            EXPECT_EQ(0, window.sinks);
+        }
+    }
+}
+
+TEST_F(HungWindowTest, ANewOneThatHangsInACallIsToldWhenItAnswers) {
+    for (const bool others : {false, true}) {
+        for (int call = 0; call < 4; ++call) {
+            SCOPED_TRACE(call);
+            Desktop desk;
+            Monitored watched(desk);
+            if (others) {
+                desk.Add(1);
+            }
+            watched.On();
+            const auto fresh = desk.Add(7);
+            fresh->hangsAfter = call;
+            desk.Registered();
+            if (!fresh->hung) {
+                // So many calls are not made.
+                EXPECT_EQ(1U, watched.created.size());
+                continue;
+            }
+            EXPECT_EQ(0, desk.failedAnnouncements);
+            EXPECT_EQ(0, fresh->waits);
+            ASSERT_TRUE(desk.Remind());
+            EXPECT_EQ(0, fresh->waits);
+            fresh->hung = false;
+            desk.Remind();
+            EXPECT_EQ(std::vector<int>{fresh->number}, watched.created);
+            EXPECT_EQ(1, fresh->sinks);
+            EXPECT_TRUE(desk.parked.empty());
+        }
+    }
+}
+
+TEST_F(HungWindowTest, AStartGoesOnWhenOneHangsInACall) {
+    for (int call = 0; call < 6; ++call) {
+        SCOPED_TRACE(call);
+        Desktop desk;
+        Monitored watched(desk);
+        const auto first = desk.Add(7);
+        desk.Add(8);
+        first->hangsAfter = call;
+        EXPECT_NO_THROW(watched.watching.SwitchOn());
+        EXPECT_TRUE(first->hung);
+        EXPECT_EQ(0, first->waits);
+        EXPECT_EQ(1, desk.Windows()[1]->sinks);
+        first->hung = false;
+        ASSERT_TRUE(desk.Remind());
+        EXPECT_EQ(1, first->sinks);
+        EXPECT_EQ((std::vector<int>{1, 2}), watched.ListedNumbers());
+    }
 }
 
 }  // namespace

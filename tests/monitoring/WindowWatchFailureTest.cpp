@@ -115,6 +115,36 @@ TEST_F(WindowWatchFailureTest, AFailedConnectionKeepsTheOldOne) {
     EXPECT_EQ((Numbers{1, 1}), Sinks());
 }
 
+TEST_F(WindowWatchFailureTest, AFailedRebuildIsTriedAgainInAWhile) {
+    Watch({1, 2});
+    desktop.shellFailures = 1;
+    Withdraw(1);
+    EXPECT_EQ(1, desktop.failedAnnouncements);
+    // Nobody says a word any more, whatever comes and goes.
+    Window(2).listed = false;
+    desktop.Add(3);
+    desktop.shellFailures = 1;
+    ASSERT_TRUE(desktop.Remind());
+    EXPECT_EQ((Numbers{0, 0, 0}), Sinks());
+    ASSERT_TRUE(desktop.Remind());
+    EXPECT_EQ((Numbers{0, 0, 1}), Sinks());
+    EXPECT_EQ(Numbers{3}, monitored.created);
+    EXPECT_EQ(2, monitored.destroyed);
+    EXPECT_FALSE(desktop.Remind());
+}
+
+TEST_F(WindowWatchFailureTest, AFailedSearchIsMadeUpForInAWhile) {
+    Watch({1});
+    desktop.shellFailures = 1;
+    monitored.Open();
+    EXPECT_EQ(1, desktop.failedAnnouncements);
+    EXPECT_EQ((Numbers{1, 0}), Sinks());
+    ASSERT_TRUE(desktop.Remind());
+    EXPECT_EQ((Numbers{1, 1}), Sinks());
+    EXPECT_EQ(Numbers{2}, monitored.created);
+    EXPECT_FALSE(desktop.Remind());
+}
+
 TEST_F(WindowWatchFailureTest, AnErrorInOneHandlerDoesNotKeepTheOtherNewsBack) {
     Watch({1});
     monitored.inNews = [&] {

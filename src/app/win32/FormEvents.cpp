@@ -1,5 +1,6 @@
 #include "app/win32/FormEvents.h"
 
+#include "monitoring/win32/Answering.h"
 #include "monitoring/win32/ComBrowser.h"
 
 namespace kestrelguard {
@@ -44,7 +45,7 @@ void FormEvents::TitleChange(IWebBrowser2*& Browser, const std::wstring& Text) {
 }
 
 void FormEvents::BrowserCreated(IWebBrowser2* Browser) {
-    m_parts.browserTree.BrowserCreated(ComBrowser(Browser));
+    m_parts.browserTree.BrowserCreated(ComBrowser(Browser, FrameOf(Browser)));
 }
 
 void FormEvents::BrowserDestroyed() {

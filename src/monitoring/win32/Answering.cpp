@@ -2,9 +2,12 @@
 
 #include <objbase.h>
 
-#include <cstring>
+#include <algorithm>
+#include <list>
+#include <memory>
+#include <new>
+#include <unordered_map>
 #include <utility>
-#include <vector>
 
 namespace kestrelguard {
 
@@ -68,10 +71,6 @@ BOOL CALLBACK LookAt(HWND window, LPARAM parameter) {
     return search.answers ? TRUE : FALSE;
 }
 
-struct Kept {
-    IUnknown* browser;
-    std::shared_ptr<WindowSink>* sink;
-};
 struct KnownFrame {
     HWND frame;
     int times;
@@ -80,9 +79,36 @@ std::unordered_map<const void*, KnownFrame>& Frames() {
     static std::unordered_map<const void*, KnownFrame> frames;
     return frames;
 }
-std::vector<Kept>& Store() {
-    static std::vector<Kept> store;
+/// Until when, as GetTickCount counts, browsers count as ones that do not answer.
+std::unordered_map<const void*, DWORD>& Silent() {
+    static std::unordered_map<const void*, DWORD> silent;
+    return silent;
+}
+constexpr DWORD kAskAgainAfter = 1000;
+constexpr DWORD kCallAgainAfter = 5000;
+bool anythingCutOff = false;
+
+struct Kept {
+    ComPtr<IUnknown> object;
+    DesktopWindowPtr window;
+    std::shared_ptr<WindowSink> sink;
+
+    bool Answers() const { return window ? window->Answers() : WindowAnswers(object.Get(), nullptr); }
+};
+/// Never destroyed: what is in it at the end of the program cannot be let go.
+std::list<Kept>& Store() {
+    static std::list<Kept>& store = *std::make_unique<std::list<Kept>>().release();
     return store;
+}
+
+template <class Which>
+void ReleaseThose(Which which) noexcept {
+    // Letting go lets other calls in: the search begins anew after each.
+    for (auto one = std::find_if(Store().begin(), Store().end(), which); one != Store().end();
+         one = std::find_if(Store().begin(), Store().end(), which)) {
+        std::list<Kept> released;
+        released.splice(released.begin(), Store(), one);
+    }
 }
 
 }  // namespace
@@ -112,22 +138,65 @@ bool Servers::Answer(IUnknown* object) {
     return search.answers;
 }
 
-void KeepForEver(ComPtr<IUnknown> browser, std::shared_ptr<WindowSink> sink) noexcept {
-    for (const Kept& one : Store()) {
-        if (!sink && one.browser == browser.Get()) {
-            // Held already: this reference is not the last.
-            return;
-        }
+bool IsSilent(const void* identity) {
+    const auto silent = Silent().find(identity);
+    if (silent == Silent().end()) {
+        return false;
+    }
+    if (static_cast<LONG>(silent->second - GetTickCount()) > 0) {
+        return true;
+    }
+    Silent().erase(silent);
+    return false;
+}
+
+bool WindowAnswers(IUnknown* identity, HWND frame) {
+    if (IsSilent(identity)) {
+        return false;
+    }
+    const bool answers = frame != nullptr ? FrameAnswers(frame) : Servers().Answer(identity);
+    if (!answers) {
+        Silent()[identity] = GetTickCount() + kAskAgainAfter;
+    }
+    return answers;
+}
+
+void NoteCutOff(IUnknown* browser) {
+    anythingCutOff = true;
+    Silent()[IdentityOf(browser).Get()] = GetTickCount() + kCallAgainAfter;
+}
+
+void Keep(ComPtr<IUnknown> object, DesktopWindowPtr window, std::shared_ptr<WindowSink> sink) noexcept {
+    const auto isHeld = [&](const Kept& one) {
+        return one.object == object && (one.window || !window) && !sink;
+    };
+    if (std::any_of(Store().begin(), Store().end(), isHeld)) {
+        // This reference is not the last.
+        return;
     }
     try {
-        auto kept = std::make_unique<std::shared_ptr<WindowSink>>(std::move(sink));
-        Store().push_back(Kept{browser.Get(), kept.get()});
-        static_cast<void>(browser.Detach());
-        static_cast<void>(kept.release());
+        Store().push_back({object, std::move(window), std::move(sink)});
     } catch (const std::bad_alloc&) {
-        // Better kept without a note than let go.
-        static_cast<void>(browser.Detach());
+        // Better held without a note than let go.
+        static_cast<void>(object.Detach());
     }
+}
+
+DesktopWindowPtr KeptWindow(const void* identity) {
+    for (const Kept& one : Store()) {
+        if (one.window && one.window->Identity() == identity) {
+            return one.window;
+        }
+    }
+    return nullptr;
+}
+
+void ReleaseAnswering() noexcept {
+    ReleaseThose([](const Kept& one) { return one.Answers(); });
+}
+
+void Release(const void* identity) noexcept {
+    ReleaseThose([identity](const Kept& one) { return one.object.Get() == identity; });
 }
 
 void RememberFrame(const void* identity, HWND frame) {
@@ -148,8 +217,8 @@ HWND FrameOf(IUnknown* browser) noexcept {
     return found == Frames().end() ? nullptr : found->second.frame;
 }
 
-bool AnythingKept() noexcept {
-    return !Store().empty();
+bool AnythingHangs() noexcept {
+    return anythingCutOff || !Store().empty();
 }
 
 }  // namespace kestrelguard

@@ -10,6 +10,8 @@
 #include <unordered_map>
 
 #include "monitoring/WatchedDesktop.h"
+#include "runtime/OutOfSight.h"
+#include "runtime/RunTimeError.h"
 #include "runtime/win32/Com.h"
 
 /// Which windows answer, found out without a call to them: a call to a process that hangs never comes back.
@@ -31,8 +33,38 @@ class Servers {
     std::unordered_map<std::uint32_t, bool> m_asked;
 };
 
-/// Keeps what must not be let go as long as its process hangs. Of `sink` and `browser` either may be null.
-void KeepForEver(ComPtr<IUnknown> browser, std::shared_ptr<WindowSink> sink) noexcept;
+/// Whether a browser answers, given its identity and, if it is known, its frame window; by the process behind
+/// it otherwise. One that does not is not asked again for a second.
+bool WindowAnswers(IUnknown* identity, HWND frame);
+/// Whether it did not answer just now.
+bool IsSilent(const void* identity);
+
+/// A call to the browser was cut off.
+void NoteCutOff(IUnknown* browser);
+
+/// Makes a call to a browser. One that is cut off, since it took too long, marks the browser: for some
+/// seconds it counts as one that does not answer. Throws what the call throws.
+template <class Call>
+void CallWindow(IUnknown* browser, Call&& call) {
+    try {
+        OutOfSight(call);
+    } catch (const RunTimeError& error) {
+        if (error.Number() == RPC_E_CALL_CANCELED) {
+            NoteCutOff(browser);
+        }
+        throw;
+    }
+}
+
+/// Keeps what must not be let go as long as its process hangs: a browser, by its object and, if there is one,
+/// as a window, and perhaps the sink on it.
+void Keep(ComPtr<IUnknown> object, DesktopWindowPtr window, std::shared_ptr<WindowSink> sink) noexcept;
+/// The window that is kept with that identity; null for none.
+DesktopWindowPtr KeptWindow(const void* identity);
+/// Lets go of what is kept and answers again. Calls out.
+void ReleaseAnswering() noexcept;
+/// Lets go of what is kept of a browser. Calls out.
+void Release(const void* identity) noexcept;
 
 /// The frame windows of browsers that are held, by the browsers' identities.
 void RememberFrame(const void* identity, HWND frame);
@@ -40,7 +72,7 @@ void ForgetFrame(const void* identity) noexcept;
 /// Null when it is not known.
 HWND FrameOf(IUnknown* browser) noexcept;
 
-/// Whether anything is kept: then COM cannot be left in good order.
-bool AnythingKept() noexcept;
+/// Whether anything is kept, or a call was ever cut off: then COM cannot be left in good order.
+bool AnythingHangs() noexcept;
 
 }  // namespace kestrelguard

@@ -27,19 +27,35 @@ bool ComBrowser::Hangs() const {
         return false;
     }
     if (!m_asked || GetTickCount() - m_asked->at >= kHolds) {
-        const bool hangs = !FrameAnswers(m_frame);
+        const bool hangs = !WindowAnswers(IdentityOf(m_browser.Get()).Get(), m_frame);
         m_asked = Asked{GetTickCount(), hangs};
     }
     return m_asked->hangs;
 }
 
-std::int32_t ComBrowser::Handle() const {
+template <class Read>
+bool ComBrowser::Tell(Read&& read) const {
     if (Hangs()) {
-        return NumberOf(m_frame);
+        return false;
     }
+    bool told = false;
+    try {
+        CallWindow(&Object(), [&] {
+            CallOut(read);
+            told = true;
+        });
+    } catch (const RunTimeError& error) {
+        if (error.Number() != RPC_E_CALL_CANCELED || m_frame == nullptr) {
+            throw;
+        }
+    }
+    return told;
+}
+
+std::int32_t ComBrowser::Handle() const {
     SHANDLE_PTR handle = 0;
-    CallOut([&] { return Object().get_HWND(&handle); });
-    return static_cast<std::int32_t>(handle);
+    return Tell([&] { return Object().get_HWND(&handle); }) ? static_cast<std::int32_t>(handle)
+                                                            : NumberOf(m_frame);
 }
 
 std::int32_t ComBrowser::KnownHandle() const {
@@ -48,26 +64,18 @@ std::int32_t ComBrowser::KnownHandle() const {
 }
 
 std::wstring ComBrowser::LocationName() const {
-    if (Hangs()) {
-        return {};
-    }
     Bstr text;
-    CallOut([&] { return Object().get_LocationName(text.Put()); });
-    return text.Text();
+    return Tell([&] { return Object().get_LocationName(text.Put()); }) ? text.Text() : std::wstring();
 }
 
 std::wstring ComBrowser::LocationURL() const {
-    if (Hangs()) {
-        return {};
-    }
     Bstr text;
-    CallOut([&] { return Object().get_LocationURL(text.Put()); });
-    return text.Text();
+    return Tell([&] { return Object().get_LocationURL(text.Put()); }) ? text.Text() : std::wstring();
 }
 
 std::wstring ComBrowser::StatusText() const {
     Bstr text;
-    CallOut([&] { return Object().get_StatusText(text.Put()); });
+    CallWindow(m_browser.Get(), [&] { CallOut([&] { return Object().get_StatusText(text.Put()); }); });
     return text.Text();
 }
 
@@ -78,8 +86,10 @@ void ComBrowser::Navigate(const std::wstring& address) {
     Variant frame = Variant::Omitted();
     Variant data = Variant::Omitted();
     Variant headers = Variant::Omitted();
-    CallOut([&] {
-        return Object().Navigate(url.Get(), &flags.Get(), &frame.Get(), &data.Get(), &headers.Get());
+    CallWindow(m_browser.Get(), [&] {
+        CallOut([&] {
+            return Object().Navigate(url.Get(), &flags.Get(), &frame.Get(), &data.Get(), &headers.Get());
+        });
     });
 }
 
@@ -89,8 +99,10 @@ void ComBrowser::Navigate2(const std::wstring& address) {
     Variant frame = Variant::Omitted();
     Variant data = Variant::Omitted();
     Variant headers = Variant::Omitted();
-    CallOut([&] {
-        return Object().Navigate2(&url.Get(), &flags.Get(), &frame.Get(), &data.Get(), &headers.Get());
+    CallWindow(m_browser.Get(), [&] {
+        CallOut([&] {
+            return Object().Navigate2(&url.Get(), &flags.Get(), &frame.Get(), &data.Get(), &headers.Get());
+        });
     });
 }
 

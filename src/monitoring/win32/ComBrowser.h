@@ -42,6 +42,9 @@ class ComBrowser final : public Browser {
 
     /// Asked once for calls that follow each other.
     bool Hangs() const;
+    /// Reads from the browser. False when it does not answer, also when that shows only in the call.
+    template <class Read>
+    bool Tell(Read&& read) const;
 
     ComPtr<IWebBrowser2> m_browser;
     HWND m_frame = nullptr;

@@ -59,11 +59,15 @@ class ComWalk final : public WindowWalk {
         return HasObject() ? IdentityOf(m_entry.Get().punkVal).Get() : nullptr;
     }
     bool Answers() override {
-        if (!HasObject() || m_servers.Answer(m_entry.Get().punkVal)) {
+        if (!HasObject()) {
+            return true;
+        }
+        const ComPtr<IUnknown> identity = IdentityOf(m_entry.Get().punkVal);
+        if (!IsSilent(identity.Get()) && m_servers.Answer(identity.Get())) {
             return true;
         }
         // Letting go of the entry would be a call.
-        KeepForEver(IdentityOf(m_entry.Get().punkVal), nullptr);
+        Keep(identity, nullptr, nullptr);
         return false;
     }
     DesktopWindowPtr Window() override {
@@ -72,7 +76,8 @@ class ComWalk final : public WindowWalk {
             throw RunTimeError(RunTimeError::kTypeMismatch);
         }
         SetErrorInfo(0, nullptr);
-        auto browser = Query<IWebBrowser2>(value.punkVal);
+        ComPtr<IWebBrowser2> browser;
+        CallWindow(value.punkVal, [&] { browser = Query<IWebBrowser2>(value.punkVal); });
         return browser ? std::make_shared<ComWindow>(std::move(browser)) : nullptr;
     }
 
@@ -150,7 +155,14 @@ ComWindow::ComWindow(ComPtr<IWebBrowser2> browser)
 
 std::int32_t ComWindow::Handle() {
     SHANDLE_PTR handle = 0;
-    CallOut([&] { return m_browser->get_HWND(&handle); });
+    try {
+        CallWindow(m_identity.Get(), [&] { CallOut([&] { return m_browser->get_HWND(&handle); }); });
+    } catch (const RunTimeError& error) {
+        if (error.Number() != RPC_E_CALL_CANCELED || m_frame == nullptr) {
+            throw;
+        }
+        return static_cast<std::int32_t>(reinterpret_cast<LONG_PTR>(m_frame));
+    }
     if (m_frame != nullptr) {
         ForgetFrame(Identity());
     }
@@ -168,12 +180,7 @@ ComWindow::~ComWindow() {
 }
 
 bool ComWindow::Answers() {
-    constexpr DWORD kAskAgainAfter = 1000;
-    if (!m_hung || GetTickCount() - m_hungAt >= kAskAgainAfter) {
-        m_hung = m_frame != nullptr ? !FrameAnswers(m_frame) : !Servers().Answer(m_browser.Get());
-        m_hungAt = GetTickCount();
-    }
-    return !m_hung;
+    return WindowAnswers(m_identity.Get(), m_frame);
 }
 
 std::unique_ptr<ShellConnection> ComDesktop::ConnectShell(std::shared_ptr<ShellListener> listener) {
@@ -185,7 +192,15 @@ void ComDesktop::Park(const DesktopWindowPtr& window, std::shared_ptr<WindowSink
     if (sink) {
         static_cast<ComSink&>(*sink).CutOff();
     }
-    KeepForEver(IdentityOf(ComWindow::BrowserOf(window).Get()), std::move(sink));
+    Keep(IdentityOf(ComWindow::BrowserOf(window).Get()), window, std::move(sink));
+}
+
+DesktopWindowPtr ComDesktop::Parked(const void* identity) const {
+    return KeptWindow(identity);
+}
+
+void ComDesktop::ReleaseAnswering() noexcept {
+    kestrelguard::ReleaseAnswering();
 }
 
 void ComDesktop::RemindLater(std::shared_ptr<ShellListener> listener) noexcept {
@@ -215,13 +230,21 @@ std::optional<LRESULT> ComDesktop::Reminder::OnMessage(UINT message, WPARAM /*wP
     m_timer.SetEnabled(false);
     if (const auto listener = std::exchange(m_listener, nullptr)) {
         // It may end the watching, and with it this object. Nobody waits for an answer.
-        ErrorsIgnored([&] { listener->WindowRegistered(); });
+        ErrorsIgnored([&] { listener->Reminded(); });
     }
     return 0;
 }
 
 std::unique_ptr<WindowSink> ComDesktop::Listen(const DesktopWindowPtr& window) {
-    return window ? std::make_unique<ComSink>(m_receiver, ComWindow::BrowserOf(window)) : nullptr;
+    if (!window) {
+        return nullptr;
+    }
+    // An earlier sink on it that was kept would be a second one.
+    Release(window->Identity());
+    std::unique_ptr<WindowSink> sink;
+    const ComPtr<IWebBrowser2>& browser = ComWindow::BrowserOf(window);
+    CallWindow(browser.Get(), [&] { sink = std::make_unique<ComSink>(m_receiver, browser); });
+    return sink;
 }
 
 }  // namespace kestrelguard

@@ -45,9 +45,6 @@ class ComWindow final : public DesktopWindow {
     const ComPtr<IUnknown> m_identity;
     /// Once it was read, through this or through another one for the same window.
     HWND m_frame = nullptr;
-    /// When it last did not answer; asked again only some time later.
-    DWORD m_hungAt = 0;
-    bool m_hung = false;
 };
 
 /// The desktop's windows through COM. Their events go to a receiver.
@@ -60,6 +57,8 @@ class ComDesktop final : public WatchedDesktop {
     std::unique_ptr<ShellConnection> ConnectShell(std::shared_ptr<ShellListener> listener) override;
     std::unique_ptr<WindowSink> Listen(const DesktopWindowPtr& window) override;
     void Park(const DesktopWindowPtr& window, std::shared_ptr<WindowSink> sink) noexcept override;
+    DesktopWindowPtr Parked(const void* identity) const override;
+    void ReleaseAnswering() noexcept override;
     void RemindLater(std::shared_ptr<ShellListener> listener) noexcept override;
 
  private:
