@@ -147,6 +147,7 @@ TEST_F(TrayDesktopTest, ACountedPopupShowsWhenThePointerComes) {
     EXPECT_EQ(TrayIcons()[0].tip, L" Kestrelguard v2 - Preventing Popups: 0");
     PointAtTrayIcon(icon);
     EXPECT_TRUE(WaitTip(L" Kestrelguard v2 - Preventing Popups: 1"));
+    EXPECT_TRUE(guard.WaitPosted());  // the task bar has the tip before the program's call has returned
     // A further move sends nothing: the tip is the one that was sent last.
     const std::size_t calls = guard.Inside().TrayCalls().size();
     Notify(guard, kMouseMove);
