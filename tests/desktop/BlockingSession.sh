@@ -30,7 +30,7 @@ daemon off;
 worker_processes 1;
 pid $folder/nginx.pid;
 error_log $folder/error.log;
-$([ "$(id -u)" != 0 ] || echo 'user root;')
+user root;
 events {}
 http {
     access_log $folder/access.log;

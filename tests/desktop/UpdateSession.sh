@@ -32,7 +32,7 @@ daemon off;
 worker_processes 1;
 pid $PWD/nginx.pid;
 error_log $PWD/error.log;
-$([ "$(id -u)" != 0 ] || echo 'user root;')
+user root;
 events {}
 http {
     log_format fields '\$status|\$request|\$http_accept|\$http_host|\$http_referer|\$http_user_agent';
