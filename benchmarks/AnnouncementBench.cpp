@@ -12,7 +12,6 @@
 #include <array>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "GuardSetup.h"
 #include "Report.h"

@@ -5,15 +5,12 @@
 #include <vector>
 
 #include "FuzzInput.h"
-#include "cachewindow/SavedCookies.h"
-#include "controls/Fakes.h"
+#include "cachewindow/SavedCookiesWorld.h"
 
 namespace kestrelguard {
 namespace {
 
 using Texts = std::vector<std::wstring>;
-
-constexpr wchar_t kFile[] = L"KestrelC.CFG";
 
 /// The cookies of a file, written down a second time as plainly as can be, to compare with.
 Texts CookiesByDefinition(const std::wstring& file) {
@@ -48,18 +45,7 @@ std::wstring FileByDefinition(const Texts& cookies) {
     return file;
 }
 
-struct World {
-    Texts Saved() const { return {saved.begin(), saved.end()}; }
-    void Read(const std::wstring& text) {
-        folder.files[kFile] = text;
-        store.SavedCookiesFile(L"Read");
-    }
-
-    FakeProgramFolder folder;
-    FakeLocale locale;
-    TextSet saved;
-    SavedCookiesStore store{folder, locale, saved};
-};
+using World = SavedCookiesWorld;
 
 /// The file breaks off at its `position`th call; what was read before is kept then.
 void ReadThatMayFail(World& world, const std::wstring& text, int position) {
@@ -85,7 +71,7 @@ void Run(const std::wstring& text, int failAt) {
     Require(world.Saved() == expected);
 
     world.store.SavedCookiesFile(L"WRITE");
-    const std::wstring written = world.folder.files[kFile];
+    const std::wstring written = world.folder.files[World::kFile];
     Require(written == FileByDefinition(expected));
 
     World next;
@@ -94,7 +80,7 @@ void Run(const std::wstring& text, int failAt) {
     FakeListRows rows;
     rows.rows.assign(expected.begin(), expected.end());
     next.store.SavedCookiesFile(L"WRITE", &rows);
-    Require(next.folder.files[kFile] == written);
+    Require(next.folder.files[World::kFile] == written);
 
     World third;
     third.Read(L"\n\n\n\nCookie:before\n");

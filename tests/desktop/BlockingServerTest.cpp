@@ -1,18 +1,14 @@
 // The site filter between Wine's own browser and a real web server: what is blocked is never asked for. Run
 // by BlockingSession.sh, which starts the server.
 
-#include <gtest/gtest.h>
-
 #include <cstdlib>
 
-#include "desktop/Desktop.h"
-#include "desktop/driver/Guard.h"
+#include "DesktopTest.h"
 
 namespace kestrelguard::testing {
 namespace {
 
 using desktop::Bstr;
-using desktop::StandInDesktop;
 using desktop::Variant;
 
 constexpr wchar_t kSiteBox[] = L"Prevent the Following Internet Sites from loading in Internet Explorer...";

@@ -1,6 +1,5 @@
 // The cache window of the unchanged program, on real entries of the platform's cache.
 
-#include <gtest/gtest.h>
 #include <windows.h>
 
 #include <algorithm>
@@ -8,9 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "desktop/Desktop.h"
+#include "DesktopTest.h"
 #include "desktop/driver/CacheFiller.h"
-#include "desktop/driver/Guard.h"
 #include "desktop/driver/StandInLibraries.h"
 
 namespace kestrelguard::testing {
@@ -18,9 +16,7 @@ namespace {
 
 using Texts = std::vector<std::wstring>;
 
-constexpr wchar_t kCaption[] = L"Kestrelguard v2.0 - IE Cache Details and Advanced Configuration";
-
-class CacheWindowTest : public ::testing::Test {
+class CacheWindowTest : public OneGuardTest {
  protected:
     static void SetUpTestSuite() { ASSERT_TRUE(BindToOwnWinInet()); }
 
@@ -40,7 +36,7 @@ class CacheWindowTest : public ::testing::Test {
     void Show(const wchar_t* button) {
         Click(m_guard->Button(button));
         m_window = WaitTop(m_guard->Program().Id(),
-                           [](HWND top) { return TextOf(top) == kCaption && IsWindowVisible(top); });
+                           [](HWND top) { return TextOf(top) == kCacheCaption && IsWindowVisible(top); });
         ASSERT_NE(nullptr, m_window);
     }
     HWND Button(const wchar_t* caption) const { return FindInside(m_window, L"Button", caption); }
@@ -76,10 +72,6 @@ class CacheWindowTest : public ::testing::Test {
         return place;
     }
 
-    desktop::Apartment m_apartment;
-    desktop::StandInDesktop m_desktop;
-    std::unique_ptr<GuardFolder> m_folder;
-    std::unique_ptr<Guard> m_guard;
     HWND m_window = nullptr;
 };
 

@@ -1,28 +1,17 @@
 // "Cancel" after an edit of the banned words: the text of the file comes back, the words in force stay, and
 // the edit is remembered.
 
-#include <gtest/gtest.h>
 #include <windows.h>
 
-#include <string>
-
-#include "RunningGuard.h"
-#include "desktop/Desktop.h"
+#include "DesktopTest.h"
 
 namespace kestrelguard::testing {
 namespace {
 
-using desktop::Browser;
-
 constexpr wchar_t kMinimisedBox[] = L"Open Kestrelguard Minimized (in the system tray)";
 
-class CancelDesktopTest : public ::testing::Test {
+class CancelDesktopTest : public DesktopTest {
  protected:
-    Browser& Watched() {
-        Browser& browser = m_desktop.OpenBrowser();
-        EXPECT_TRUE(WaitUntil([&] { return browser.Sinks().connected == 1; }));
-        return browser;
-    }
     /// Edits the banned words and cancels.
     static void EditAndCancel(RunningGuard& guard, const wchar_t* words) {
         TypeText(guard.Edits()[1], words);
@@ -36,9 +25,6 @@ class CancelDesktopTest : public ::testing::Test {
         EXPECT_EQ(S_OK, browser.FireTitleChange(title).hr);
         return browser.NavigateCalls().size() > before;
     }
-
-    desktop::Apartment m_apartment;
-    desktop::StandInDesktop m_desktop;
 };
 
 TEST_F(CancelDesktopTest, TheWordsOfTheFileComeBack) {

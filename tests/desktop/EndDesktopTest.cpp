@@ -1,21 +1,13 @@
 // The end of the program, wished for in the middle of something else: it comes once, with exit code 0, and
 // the settings are whole.
 
-#include <gtest/gtest.h>
-
 #include <atomic>
 #include <string>
 
-#include "desktop/Desktop.h"
-#include "desktop/driver/Guard.h"
+#include "DesktopTest.h"
 
 namespace kestrelguard::testing {
 namespace {
-
-using desktop::Browser;
-using desktop::StandInDesktop;
-
-constexpr wchar_t kCacheCaption[] = L"Kestrelguard v2.0 - IE Cache Details and Advanced Configuration";
 
 /// Settings in which no line is a default.
 constexpr char kSettings[] =
@@ -63,7 +55,7 @@ class SentClick {
     Handle m_thread;
 };
 
-class EndDesktopTest : public ::testing::Test {
+class EndDesktopTest : public DesktopTest {
  protected:
     HWND ShowCacheWindow(Guard& guard) {
         Click(guard.Button(L"Show Cache"));
@@ -78,102 +70,85 @@ class EndDesktopTest : public ::testing::Test {
         EXPECT_EQ(0, browser.Sinks().connected);
         EXPECT_EQ(0, browser.OutsideReferences());
     }
-
-    desktop::Apartment m_apartment;
-    StandInDesktop m_desktop;
 };
 
-TEST_F(EndDesktopTest, ACloseWhileABoxAnswersASentClick) {
-    const GuardFolder folder(kSettings);
-    Browser& browser = m_desktop.OpenBrowser();
-    Guard guard(folder);
-    ASSERT_TRUE(guard.WaitReady());
-    const HWND cache = ShowCacheWindow(guard);
+/// The program runs, with settings that were all chosen, and watches one browser.
+class EndOfRunTest : public EndDesktopTest {
+ protected:
+    void SetUp() override { ASSERT_TRUE(m_guard.WaitReady()); }
+
+    const GuardFolder m_folder{kSettings};
+    Browser& m_browser = m_desktop.OpenBrowser();
+    Guard m_guard{m_folder};
+};
+
+TEST_F(EndOfRunTest, ACloseWhileABoxAnswersASentClick) {
+    const HWND cache = ShowCacheWindow(m_guard);
     ASSERT_NE(nullptr, cache);
     const SentClick click(FindInside(cache, L"Button", L"<- Clear"));
-    ASSERT_TRUE(WaitMessageBox(guard.Program().Id()));
-    PostMessageW(guard.Window(), WM_CLOSE, 0, 0);
-    ExpectGone(guard.Program(), browser);
+    ASSERT_TRUE(WaitMessageBox(m_guard.Program().Id()));
+    PostMessageW(m_guard.Window(), WM_CLOSE, 0, 0);
+    ExpectGone(m_guard.Program(), m_browser);
     EXPECT_TRUE(click.Answered());
-    ExpectWhole(folder);
+    ExpectWhole(m_folder);
 }
 
-TEST_F(EndDesktopTest, ACloseThatIsSentItselfWhileABoxIsOpen) {
-    const GuardFolder folder(kSettings);
-    Browser& browser = m_desktop.OpenBrowser();
-    Guard guard(folder);
-    ASSERT_TRUE(guard.WaitReady());
+TEST_F(EndOfRunTest, ACloseThatIsSentItselfWhileABoxIsOpen) {
     // The question of the prompt mode, while the browser waits.
-    auto pending = browser.Start(desktop::EventCall::NewWindow2());
-    ASSERT_TRUE(WaitMessageBox(guard.Program().Id()));
-    Ask(guard.Window(), WM_CLOSE);
-    ASSERT_TRUE(guard.Program().WaitGone());
-    EXPECT_EQ(0u, guard.Program().ExitCode());
+    auto pending = m_browser.Start(desktop::EventCall::NewWindow2());
+    ASSERT_TRUE(WaitMessageBox(m_guard.Program().Id()));
+    Ask(m_guard.Window(), WM_CLOSE);
+    ASSERT_TRUE(m_guard.Program().WaitGone());
+    EXPECT_EQ(0u, m_guard.Program().ExitCode());
     EXPECT_FALSE(pending.Result().cancel);
-    ExpectWhole(folder);
+    ExpectWhole(m_folder);
 }
 
-TEST_F(EndDesktopTest, ASecondCloseInTheMiddleOfTheEnd) {
-    const GuardFolder folder(kSettings);
-    Browser& browser = m_desktop.OpenBrowser();
-    Guard guard(folder);
-    ASSERT_TRUE(guard.WaitReady());
+TEST_F(EndOfRunTest, ASecondCloseInTheMiddleOfTheEnd) {
     std::atomic<int> closes = 0;
-    browser.BeforeUnadvise([&] {
+    m_browser.BeforeUnadvise([&] {
         Ask(MainWindow(), WM_CLOSE);
         ++closes;
         EXPECT_NE(nullptr, MainWindow()) << "the windows stay until the settings are written";
     });
-    PostMessageW(guard.Window(), WM_CLOSE, 0, 0);
-    ExpectGone(guard.Program(), browser);
+    PostMessageW(m_guard.Window(), WM_CLOSE, 0, 0);
+    ExpectGone(m_guard.Program(), m_browser);
     EXPECT_EQ(1, closes);
-    ExpectWhole(folder);
+    ExpectWhole(m_folder);
 }
 
-TEST_F(EndDesktopTest, TheEndOfTheSessionInTheMiddleOfTheEnd) {
-    const GuardFolder folder(kSettings);
-    Browser& browser = m_desktop.OpenBrowser();
-    Guard guard(folder);
-    ASSERT_TRUE(guard.WaitReady());
+TEST_F(EndOfRunTest, TheEndOfTheSessionInTheMiddleOfTheEnd) {
     std::string written;
-    browser.BeforeUnadvise([&] {
+    m_browser.BeforeUnadvise([&] {
         EXPECT_EQ(TRUE, Ask(MainWindow(), WM_QUERYENDSESSION));
         Ask(MainWindow(), WM_ENDSESSION, TRUE);
         // From here on the system may end the process.
-        written = folder.SettingsLine("USE");
+        written = m_folder.SettingsLine("USE");
     });
-    PostMessageW(guard.Window(), WM_CLOSE, 0, 0);
-    ExpectGone(guard.Program(), browser);
+    PostMessageW(m_guard.Window(), WM_CLOSE, 0, 0);
+    ExpectGone(m_guard.Program(), m_browser);
     EXPECT_EQ("USE/:/:42", written);
-    ExpectWhole(folder);
+    ExpectWhole(m_folder);
 }
 
-TEST_F(EndDesktopTest, TheEndOfTheSessionEndsTheProgram) {
-    const GuardFolder folder(kSettings);
-    Browser& browser = m_desktop.OpenBrowser();
-    Guard guard(folder);
-    ASSERT_TRUE(guard.WaitReady());
-    Ask(guard.Window(), WM_ENDSESSION, TRUE);
-    EXPECT_EQ("USE/:/:42", folder.SettingsLine("USE")) << "before the answer";
-    ASSERT_TRUE(guard.Program().WaitGone());
-    EXPECT_EQ(0u, guard.Program().ExitCode());
-    EXPECT_EQ(0, browser.Sinks().connected);
-    ExpectWhole(folder);
+TEST_F(EndOfRunTest, TheEndOfTheSessionEndsTheProgram) {
+    Ask(m_guard.Window(), WM_ENDSESSION, TRUE);
+    EXPECT_EQ("USE/:/:42", m_folder.SettingsLine("USE")) << "before the answer";
+    ASSERT_TRUE(m_guard.Program().WaitGone());
+    EXPECT_EQ(0u, m_guard.Program().ExitCode());
+    EXPECT_EQ(0, m_browser.Sinks().connected);
+    ExpectWhole(m_folder);
 }
 
-TEST_F(EndDesktopTest, TheEndOfTheSessionWhileAQuestionIsOpen) {
-    const GuardFolder folder(kSettings);
-    Browser& browser = m_desktop.OpenBrowser();
-    Guard guard(folder);
-    ASSERT_TRUE(guard.WaitReady());
-    auto pending = browser.Start(desktop::EventCall::NewWindow2());
-    ASSERT_TRUE(WaitMessageBox(guard.Program().Id()));
-    Ask(guard.Window(), WM_ENDSESSION, TRUE);
-    EXPECT_EQ("USE/:/:42", folder.SettingsLine("USE")) << "before the answer";
-    ASSERT_TRUE(guard.Program().WaitGone());
-    EXPECT_EQ(0u, guard.Program().ExitCode());
+TEST_F(EndOfRunTest, TheEndOfTheSessionWhileAQuestionIsOpen) {
+    auto pending = m_browser.Start(desktop::EventCall::NewWindow2());
+    ASSERT_TRUE(WaitMessageBox(m_guard.Program().Id()));
+    Ask(m_guard.Window(), WM_ENDSESSION, TRUE);
+    EXPECT_EQ("USE/:/:42", m_folder.SettingsLine("USE")) << "before the answer";
+    ASSERT_TRUE(m_guard.Program().WaitGone());
+    EXPECT_EQ(0u, m_guard.Program().ExitCode());
     EXPECT_FALSE(pending.Result().cancel);
-    ExpectWhole(folder);
+    ExpectWhole(m_folder);
 }
 
 TEST_F(EndDesktopTest, ACloseInTheMiddleOfTheStartEndsQuietly) {
@@ -234,11 +209,8 @@ TEST_F(EndDesktopTest, ACloseWhileTheFailureOfTheEndIsTold) {
     const GuardFolder folder(kSettings);
     Guard guard(folder);
     ASSERT_TRUE(guard.WaitReady());
-    const File lock(CreateFileW(folder.File(L"KestrelS.CFG").c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
-                                OPEN_EXISTING, 0, nullptr));
-    ASSERT_TRUE(lock);
-    PostMessageW(guard.Window(), WM_CLOSE, 0, 0);
-    const MessageBoxSeen box = WaitMessageBox(guard.Program().Id());
+    const File lock = Locked(folder, L"KestrelS.CFG", FILE_SHARE_READ);
+    const MessageBoxSeen box = CloseAndWaitBox(guard);
     ASSERT_TRUE(box);
     Ask(guard.Window(), WM_CLOSE);
     EXPECT_TRUE(IsWindow(box.window)) << "it can still be read";
@@ -264,9 +236,7 @@ TEST_F(EndDesktopTest, SavedCookiesThatCouldNotBeWrittenAreWrittenAtTheEnd) {
     SelectRow(saved, 0);
     ClickAndWait(FindInside(cache, L"Button", L"<- Remove"));
     {
-        const File lock(CreateFileW(folder.File(L"KestrelC.CFG").c_str(), GENERIC_READ, FILE_SHARE_READ,
-                                    nullptr, OPEN_EXISTING, 0, nullptr));
-        ASSERT_TRUE(lock);
+        const File lock = Locked(folder, L"KestrelC.CFG", FILE_SHARE_READ);
         PostMessageW(cache, WM_CLOSE, 0, 0);
         const MessageBoxSeen box = WaitMessageBox(guard.Program().Id());
         ASSERT_TRUE(box);

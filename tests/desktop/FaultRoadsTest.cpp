@@ -4,22 +4,16 @@
 //
 // A fixed part of the positions; all of them in long runs. KESTRELGUARD_POSITION=N tries that one alone.
 
-#include <gtest/gtest.h>
-
 #include <set>
 
-#include "desktop/Desktop.h"
-#include "desktop/driver/Guard.h"
+#include "DesktopTest.h"
 #include "desktop/driver/LongRun.h"
 
 namespace kestrelguard::testing {
 namespace {
 
-using desktop::Browser;
-using desktop::BrowserOptions;
 using desktop::Fault;
 using desktop::Faults;
-using desktop::StandInDesktop;
 
 enum class Kind { Fails, Interferes, Disconnects };
 constexpr const char* kKindNames[] = {"fails", "interferes", "disconnects"};
@@ -38,7 +32,7 @@ constexpr const char* kSettings[] = {"'###################\r\n",
                                      "USE/:/:",
                                      "PST/:/:"};
 
-class FaultRoadsTest : public ::testing::Test {
+class FaultRoadsTest : public OneGuardTest {
  protected:
     ~FaultRoadsTest() override { Faults::Here().Disarm(); }
 
@@ -188,10 +182,6 @@ class FaultRoadsTest : public ::testing::Test {
                     ::testing::PrintToString(m_boxes).c_str());
     }
 
-    desktop::Apartment m_apartment;
-    StandInDesktop m_desktop;
-    std::unique_ptr<GuardFolder> m_folder;
-    std::unique_ptr<Guard> m_guard;
     std::set<std::wstring> m_boxes;
     bool m_startsItself = false;
     int m_tried = 0;

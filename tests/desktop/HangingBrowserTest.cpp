@@ -1,22 +1,16 @@
 // A browser that does not answer, beside the unchanged program.
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "RunningGuard.h"
-#include "desktop/Desktop.h"
+#include "DesktopTest.h"
 
 namespace kestrelguard::testing {
 namespace {
 
-using desktop::Browser;
-using desktop::BrowserOptions;
 using desktop::RemoteBrowser;
-using desktop::StandInDesktop;
 
 class HangingBrowserTest : public ::testing::Test {
  protected:

@@ -2,30 +2,19 @@
 // events, what it lets go.
 
 #include <exdispid.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 
-#include "desktop/Desktop.h"
-#include "desktop/driver/Guard.h"
+#include "DesktopTest.h"
+#include "tests/support/PassingWindows.h"
 
 namespace kestrelguard::testing {
 namespace {
 
-using desktop::Browser;
-using desktop::BrowserOptions;
-using desktop::EventCall;
-using desktop::EventResult;
-using desktop::StandInDesktop;
 using Lines = std::vector<std::wstring>;
 
-class MonitoringTest : public ::testing::Test {
+class MonitoringTest : public OneGuardTest {
  protected:
-    void Start() {
-        m_folder = std::make_unique<GuardFolder>();
-        m_guard = std::make_unique<Guard>(*m_folder);
-        ASSERT_TRUE(m_guard->WaitReady());
-    }
     static BrowserOptions Page(const std::wstring& title, bool announced = true) {
         BrowserOptions options;
         options.title = title;
@@ -62,11 +51,6 @@ class MonitoringTest : public ::testing::Test {
         }
         return WaitUntil([this] { return m_desktop.OutsideReferences() == 0; });
     }
-
-    desktop::Apartment m_apartment;
-    StandInDesktop m_desktop;
-    std::unique_ptr<GuardFolder> m_folder;
-    std::unique_ptr<Guard> m_guard;
 };
 
 TEST_F(MonitoringTest, TheStartWatchesEachWindowAndTheEndLetsGo) {
@@ -309,27 +293,11 @@ TEST_F(MonitoringEnduranceTest, AThousandWindowsLeaveNothingBehind) {
     Browser& steady = m_desktop.OpenBrowser(Page(L"one"));
     Start();
     ASSERT_TRUE(m_guard->Minimise());
-    const auto openAndClose = [&](int windows) {
-        for (int i = 0; i < windows; ++i) {
-            Browser& browser = m_desktop.OpenBrowser();
-            ASSERT_EQ(1, browser.Sinks().connected);
-            browser.Close();
-            ASSERT_EQ(0, browser.Sinks().connected);
-        }
-        ASSERT_TRUE(WaitUntil([this] {
-            for (const Browser* browser : m_desktop.Browsers()) {
-                if (browser->Ended() && browser->OutsideReferences() != 0) {
-                    return false;
-                }
-            }
-            return true;
-        }));
-    };
-    openAndClose(20);
+    LetWindowsPass(m_desktop, 20);
     const ObjectCounts before = m_guard->Inside().Count();
     const LONG references = steady.OutsideReferences();
     const LONG listReferences = m_desktop.OutsideReferences();
-    openAndClose(1000);
+    LetWindowsPass(m_desktop, 1000);
     EXPECT_TRUE(WaitUntil([&] { return steady.OutsideReferences() == references; }));
     EXPECT_TRUE(WaitUntil([&] { return m_desktop.OutsideReferences() == listReferences; }));
     ExpectOneSinkEach();

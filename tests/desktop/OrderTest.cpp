@@ -1,27 +1,17 @@
 // In which order the program starts and ends, seen from outside at the moments at which it calls a browser or
 // shows a box.
 
-#include <gtest/gtest.h>
 #include <windows.h>
 
 #include <atomic>
 #include <string>
 
-#include "RunningGuard.h"
-#include "desktop/Desktop.h"
+#include "DesktopTest.h"
 
 namespace kestrelguard::testing {
 namespace {
 
-using desktop::Browser;
-
-constexpr wchar_t kCacheCaption[] = L"Kestrelguard v2.0 - IE Cache Details and Advanced Configuration";
-
-class OrderDesktopTest : public ::testing::Test {
- protected:
-    desktop::Apartment m_apartment;
-    desktop::StandInDesktop m_desktop;
-};
+class OrderDesktopTest : public DesktopTest {};
 
 TEST_F(OrderDesktopTest, TheSettingsAreReadBeforeTheBrowsersAreAsked) {
     Browser& browser = m_desktop.OpenBrowser();
@@ -45,9 +35,7 @@ TEST_F(OrderDesktopTest, TheSettingsAreReadBeforeTheBrowsersAreAsked) {
 TEST_F(OrderDesktopTest, AStartWhoseSettingsCannotBeReadAsksNoBrowserAndShowsNoIcon) {
     Browser& browser = m_desktop.OpenBrowser();
     const GuardFolder folder("MIN/:/:y\r\n");
-    const File lock(CreateFileW(folder.File(L"KestrelS.CFG").c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
-                                0, nullptr));
-    ASSERT_TRUE(lock);
+    const File lock = Locked(folder, L"KestrelS.CFG", 0);
     Process program(folder.Exe());
     const MessageBoxSeen box = WaitMessageBox(program.Id());
     ASSERT_TRUE(box);
@@ -77,8 +65,7 @@ TEST_F(OrderDesktopTest, TheEndLetsTheBrowsersGoFirstAndWritesTheSettingsLast) {
         iconThere = !TrayIcons().empty();
         written = folder->SettingsLine("USE");
         // Not before: a file that is locked from the start stays as it is, whenever it is to be written.
-        lock.Reset(CreateFileW(folder->File(L"KestrelS.CFG").c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
-                               OPEN_EXISTING, 0, nullptr));
+        lock = Locked(*folder, L"KestrelS.CFG", FILE_SHARE_READ);
         ++unadvises;
     });
     PostMessageW(guard.Window(), WM_CLOSE, 0, 0);

@@ -1,14 +1,12 @@
 // What the program asks of Windows and leaves no trace of: the pace of its timer, and what the shell is to
 // open.
 
-#include <gtest/gtest.h>
 #include <windows.h>
 
 #include <string>
 #include <vector>
 
-#include "RunningGuard.h"
-#include "desktop/Desktop.h"
+#include "DesktopTest.h"
 #include "runtime/Maker.h"
 
 namespace kestrelguard::testing {
@@ -18,7 +16,7 @@ std::wstring Wide(const std::string& ascii) {
     return {ascii.begin(), ascii.end()};
 }
 
-class PlatformCallsTest : public ::testing::Test {
+class PlatformCallsTest : public DesktopTest {
  protected:
     /// One call after the other for the help page, each with the main window as its owner.
     static void ExpectHelpCalls(RunningGuard& guard, std::size_t count) {
@@ -33,9 +31,6 @@ class PlatformCallsTest : public ::testing::Test {
             EXPECT_EQ(SW_SHOWNORMAL, call.show);
         }
     }
-
-    desktop::Apartment m_apartment;
-    desktop::StandInDesktop m_desktop;
 };
 
 TEST_F(PlatformCallsTest, TheWasherTicksOnceAMinute) {

@@ -1,19 +1,9 @@
-#include <gtest/gtest.h>
-
 #include <string>
 
-#include "RunningGuard.h"
-#include "desktop/Desktop.h"
+#include "DesktopTest.h"
 
 namespace kestrelguard::testing {
 namespace {
-
-using desktop::Browser;
-using desktop::BrowserOptions;
-using desktop::EventCall;
-using desktop::EventResult;
-using desktop::Property;
-using desktop::StandInDesktop;
 
 /// A number as the labels show it, with this user's separator of thousands.
 std::wstring InGroups(std::wstring digits) {
@@ -25,18 +15,7 @@ std::wstring InGroups(std::wstring digits) {
     return digits;
 }
 
-class PopupDesktopTest : public ::testing::Test {
- protected:
-    /// A browser that the program has found.
-    Browser& Watched(BrowserOptions options = {}) {
-        Browser& browser = m_desktop.OpenBrowser(std::move(options));
-        EXPECT_TRUE(WaitUntil([&] { return browser.Sinks().connected == 1; }));
-        return browser;
-    }
-
-    desktop::Apartment m_apartment;
-    StandInDesktop m_desktop;
-};
+class PopupDesktopTest : public DesktopTest {};
 
 TEST_F(PopupDesktopTest, PreventCancelsCountsAndShows) {
     RunningGuard guard("PST/:/:1234566\r\n");

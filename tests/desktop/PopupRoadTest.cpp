@@ -1,32 +1,12 @@
 // The road of one popup through the unchanged program: from a browser of another process to the labels, the
 // tip, the menu and the settings file.
 
-#include <gtest/gtest.h>
-
-#include "desktop/Desktop.h"
-#include "desktop/driver/Guard.h"
+#include "DesktopTest.h"
 
 namespace kestrelguard::testing {
 namespace {
 
-using desktop::Browser;
-using desktop::EventCall;
-using desktop::PendingEvent;
-using desktop::StandInDesktop;
-
-class PopupRoadTest : public ::testing::Test {
- protected:
-    void Start(std::optional<std::string> settings = {}) {
-        m_folder = std::make_unique<GuardFolder>(std::move(settings));
-        m_guard = std::make_unique<Guard>(*m_folder);
-        ASSERT_TRUE(m_guard->WaitReady());
-    }
-
-    desktop::Apartment m_apartment;
-    StandInDesktop m_desktop;
-    std::unique_ptr<GuardFolder> m_folder;
-    std::unique_ptr<Guard> m_guard;
-};
+class PopupRoadTest : public OneGuardTest {};
 
 TEST_F(PopupRoadTest, APreventedPopupIsCountedShownAndSaved) {
     desktop::BrowserOptions options;

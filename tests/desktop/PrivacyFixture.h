@@ -1,6 +1,5 @@
 #pragma once
 
-#include <gtest/gtest.h>
 #include <windows.h>
 
 #include <objbase.h>
@@ -13,10 +12,9 @@
 #include <string>
 #include <vector>
 
+#include "DesktopTest.h"
 #include "desktop/Com.h"
-#include "desktop/Desktop.h"
 #include "desktop/driver/CacheFiller.h"
-#include "desktop/driver/Guard.h"
 #include "desktop/driver/StandInLibraries.h"
 
 namespace kestrelguard::testing {
@@ -24,7 +22,6 @@ namespace kestrelguard::testing {
 using Texts = std::vector<std::string>;
 using WideTexts = std::vector<std::wstring>;
 
-inline constexpr wchar_t kCacheCaption[] = L"Kestrelguard v2.0 - IE Cache Details and Advanced Configuration";
 inline constexpr wchar_t kScheduleBox[] = L"Clear Automatically every";
 inline constexpr wchar_t kHistoryFile[] = L"C:\\history.txt";
 inline constexpr char kHeader[] = "'#\r\n'#\r\n'#\r\n'#\r\n";
@@ -56,7 +53,7 @@ inline Texts Lines(const std::string& text) {
     return lines;
 }
 
-class PrivacyTest : public ::testing::Test {
+class PrivacyTest : public OneGuardTest {
  protected:
     /// The program binds to the stand-in's wininet.dll in its own folder, and finds the stand-in's history.
     static void SetUpTestSuite() {
@@ -199,13 +196,9 @@ class PrivacyTest : public ::testing::Test {
         return WaitUntil([this] { return CacheWindow() == nullptr; });
     }
 
-    desktop::Apartment m_apartment;
-    desktop::StandInDesktop m_desktop;
     std::string m_page;
     std::string m_cookie;
     std::string m_saved;
-    std::unique_ptr<GuardFolder> m_folder;
-    std::unique_ptr<Guard> m_guard;
 };
 
 }  // namespace kestrelguard::testing

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <optional>
 #include <string>
 #include <vector>
@@ -8,6 +7,7 @@
 #include "app/win32/ControlIds.h"
 #include "desktop/Desktop.h"
 #include "desktop/driver/Guard.h"
+#include "tests/support/SpinFor.h"
 
 namespace kestrelguard::testing {
 namespace {
@@ -39,18 +39,6 @@ constexpr char kFresh[] =
     "PP4/:/:n/:/:60/:/:M\r\n"
     "USE/:/:0\r\n"
     "PST/:/:0\r\n";
-
-/// Lets microseconds pass without giving the processor away.
-void SpinFor(int microseconds) {
-    LARGE_INTEGER ticksASecond{};
-    LARGE_INTEGER begin{};
-    LARGE_INTEGER now{};
-    QueryPerformanceFrequency(&ticksASecond);
-    QueryPerformanceCounter(&begin);
-    do {
-        QueryPerformanceCounter(&now);
-    } while ((now.QuadPart - begin.QuadPart) * 1'000'000 < microseconds * ticksASecond.QuadPart);
-}
 
 class SettingsDesktopTest : public ::testing::Test {
  protected:

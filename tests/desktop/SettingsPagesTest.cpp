@@ -1,15 +1,9 @@
 // The settings pages: their controls, and Apply, OK and Cancel.
 
-#include <gtest/gtest.h>
-
-#include "desktop/Desktop.h"
-#include "desktop/driver/Guard.h"
+#include "DesktopTest.h"
 
 namespace kestrelguard::testing {
 namespace {
-
-using desktop::Browser;
-using desktop::StandInDesktop;
 
 constexpr wchar_t kSiteBox[] = L"Prevent the Following Internet Sites from loading in Internet Explorer...";
 constexpr wchar_t kTitleBox[] =
@@ -19,26 +13,11 @@ constexpr wchar_t kTitleBox[] =
 constexpr wchar_t kMinimisedBox[] = L"Open Kestrelguard Minimized (in the system tray)";
 constexpr wchar_t kAutomatic[] = L"Clear Automatically every";
 
-class SettingsPagesTest : public ::testing::Test {
+class SettingsPagesTest : public OneGuardTest {
  protected:
-    void Start(std::optional<std::string> settings = {}) {
-        m_folder = std::make_unique<GuardFolder>(std::move(settings));
-        m_guard = std::make_unique<Guard>(*m_folder);
-        ASSERT_TRUE(m_guard->WaitReady());
-    }
-    void ClickOn(const wchar_t* caption) {
-        const HWND button = m_guard->Button(caption);
-        ASSERT_NE(nullptr, button) << "no such button";
-        ClickAndWait(button);
-    }
     bool Shown(const wchar_t* type, const wchar_t* text) const {
         return IsWindowVisible(m_guard->Find(type, text)) != FALSE;
     }
-
-    desktop::Apartment m_apartment;
-    StandInDesktop m_desktop;
-    std::unique_ptr<GuardFolder> m_folder;
-    std::unique_ptr<Guard> m_guard;
 };
 
 TEST_F(SettingsPagesTest, EveryControlHasItsCaption) {

@@ -1,13 +1,11 @@
 // The window of the blocked sites in the unchanged program: it gets its rows when somebody looks, and what it
 // refuses costs no site.
 
-#include <gtest/gtest.h>
 #include <windows.h>
 
 #include <string>
 
-#include "RunningGuard.h"
-#include "desktop/Desktop.h"
+#include "DesktopTest.h"
 
 namespace kestrelguard::testing {
 namespace {
@@ -43,28 +41,20 @@ bool HasScrollBar(HWND list) {
     return (GetWindowLongA(list, GWL_STYLE) & WS_VSCROLL) != 0;
 }
 
-class SiteListDesktopTest : public ::testing::Test {
+class SiteListDesktopTest : public DesktopTest {
  protected:
-    bool Cancelled(desktop::Browser& browser, const std::string& host) const {
-        const desktop::EventResult result = browser.FireBeforeNavigate2(Wide("http://" + host + ".example/"));
+    bool Cancelled(Browser& browser, const std::string& host) const {
+        const EventResult result = browser.FireBeforeNavigate2(Wide("http://" + host + ".example/"));
         EXPECT_EQ(S_OK, result.hr);
         return result.cancel;
     }
-    desktop::Browser& Watched() {
-        desktop::Browser& browser = m_desktop.OpenBrowser();
-        EXPECT_TRUE(WaitUntil([&] { return browser.Sinks().connected == 1; }));
-        return browser;
-    }
-
-    desktop::Apartment m_apartment;
-    desktop::StandInDesktop m_desktop;
 };
 
 TEST_F(SiteListDesktopTest, AListInTheTrayGetsItsRowsWhenItIsAsked) {
     RunningGuard guard("MIN/:/:y\r\n" + SitesLine(100'000));
     ASSERT_TRUE(guard.Minimised());
     const HWND list = guard.SiteList();
-    desktop::Browser& browser = Watched();
+    Browser& browser = Watched();
     EXPECT_TRUE(Cancelled(browser, Site(99'999)));
     EXPECT_FALSE(HasScrollBar(list)) << "a hundred thousand rows went into a window at which nobody looks";
     const std::wstring last = Wide(Site(99'999));
@@ -104,7 +94,7 @@ TEST_F(SiteListDesktopTest, AListOfWindows98CostsNoSite) {
     constexpr int kSites = 40'000;
     RunningGuard guard(SitesLine(kSites), &Hook::MakeListsOld);
     const HWND list = guard.SiteList();
-    desktop::Browser& browser = Watched();
+    Browser& browser = Watched();
     EXPECT_EQ(kRowsOfAnOldList, Ask(list, LB_GETCOUNT));
     EXPECT_TRUE(Cancelled(browser, Site(kRowsOfAnOldList)));
     EXPECT_TRUE(Cancelled(browser, Site(kSites - 1)));

@@ -1,24 +1,18 @@
 // What is left of many events, windows, cache windows and washes in the unchanged program: nothing. A small
 // dose of each; in long runs 100,000 events, 5,000 windows, 1,000 cache windows and 200 washes.
 
-#include <gtest/gtest.h>
 #include <windows.h>
 
 #include <psapi.h>
 
 #include <array>
 
+#include "DesktopTest.h"
 #include "app/win32/ControlIds.h"
-#include "desktop/Desktop.h"
-#include "desktop/driver/Guard.h"
 #include "desktop/driver/LongRun.h"
 
 namespace kestrelguard::testing {
 namespace {
-
-using desktop::Browser;
-using desktop::EventCall;
-using desktop::StandInDesktop;
 
 class SoakTest : public ::testing::Test {
  protected:

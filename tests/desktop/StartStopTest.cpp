@@ -1,25 +1,16 @@
 // How the program starts and ends.
 
-#include <gtest/gtest.h>
-
-#include "desktop/Desktop.h"
-#include "desktop/driver/Guard.h"
+#include "DesktopTest.h"
 
 namespace kestrelguard::testing {
 namespace {
-
-using desktop::Browser;
-using desktop::StandInDesktop;
 
 class StartStopTest : public ::testing::Test {
  protected:
     desktop::Apartment m_apartment;
 };
 
-class StartStopDesktopTest : public StartStopTest {
- protected:
-    StandInDesktop m_desktop;
-};
+class StartStopDesktopTest : public DesktopTest {};
 
 TEST_F(StartStopDesktopTest, AFirstStartShowsTheWindowAndWritesTheDefaults) {
     const GuardFolder folder;
@@ -144,9 +135,7 @@ TEST_F(StartStopDesktopTest, ASentCloseEndsTheProgramToo) {
 
 TEST_F(StartStopDesktopTest, ALockedSettingsFileIsToldAndEndsTheStart) {
     const GuardFolder folder("USE/:/:41\r\n");
-    const File lock(CreateFileW(folder.File(L"KestrelS.CFG").c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
-                                0, nullptr));
-    ASSERT_TRUE(lock);
+    const File lock = Locked(folder, L"KestrelS.CFG", 0);
     Process program(folder.Exe());
     const MessageBoxSeen box = WaitMessageBox(program.Id());
     ASSERT_TRUE(box);
@@ -161,11 +150,8 @@ TEST_F(StartStopDesktopTest, SettingsThatCannotBeWrittenAreToldAndTheProgramEnds
     const GuardFolder folder("USE/:/:41\r\n");
     Guard guard(folder);
     ASSERT_TRUE(guard.WaitReady());
-    const File lock(CreateFileW(folder.File(L"KestrelS.CFG").c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
-                                OPEN_EXISTING, 0, nullptr));
-    ASSERT_TRUE(lock);
-    PostMessageW(guard.Window(), WM_CLOSE, 0, 0);
-    const MessageBoxSeen box = WaitMessageBox(guard.Program().Id());
+    const File lock = Locked(folder, L"KestrelS.CFG", FILE_SHARE_READ);
+    const MessageBoxSeen box = CloseAndWaitBox(guard);
     ASSERT_TRUE(box);
     EXPECT_EQ(L"Kestrelguard", box.caption);
     EXPECT_TRUE(box.text.starts_with(L"Run-time error '"));

@@ -1,22 +1,18 @@
 // The tool tips of the main window.
 
-#include <gtest/gtest.h>
 #include <windows.h>
 
 #include <string>
 
-#include "RunningGuard.h"
-#include "desktop/Desktop.h"
+#include "DesktopTest.h"
 
 namespace kestrelguard::testing {
 namespace {
 
-class TipsTest : public ::testing::Test {
+class TipsTest : public DesktopTest {
  protected:
     std::wstring Tip(HWND control) const { return TipOf(m_guard.Window(), control); }
 
-    desktop::Apartment m_apartment;
-    desktop::StandInDesktop m_desktop;
     RunningGuard m_guard{"MIN/:/:n\r\n"};
 };
 

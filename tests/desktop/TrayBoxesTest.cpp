@@ -1,29 +1,15 @@
 // Boxes that the program shows while its window is in the tray: they come up by themselves, can be answered,
 // and leave the window where it is.
 
-#include <gtest/gtest.h>
 #include <windows.h>
 
-#include <string>
-
-#include "RunningGuard.h"
-#include "desktop/Desktop.h"
+#include "DesktopTest.h"
 
 namespace kestrelguard::testing {
 namespace {
 
-using desktop::Browser;
-using desktop::EventCall;
-using desktop::PendingEvent;
-using desktop::Property;
-
-class TrayBoxesTest : public ::testing::Test {
+class TrayBoxesTest : public DesktopTest {
  protected:
-    Browser& Watched() {
-        Browser& browser = m_desktop.OpenBrowser();
-        EXPECT_TRUE(WaitUntil([&] { return browser.Sinks().connected == 1; }));
-        return browser;
-    }
     /// The box can be seen and answered; the window stays in the tray before and after.
     static void ExpectUsable(RunningGuard& guard, const MessageBoxSeen& box) {
         ASSERT_TRUE(box);
@@ -35,9 +21,6 @@ class TrayBoxesTest : public ::testing::Test {
         EXPECT_FALSE(IsWindowVisible(guard.Window()));
         EXPECT_EQ(1u, TrayIcons().size());
     }
-
-    desktop::Apartment m_apartment;
-    desktop::StandInDesktop m_desktop;
 };
 
 TEST_F(TrayBoxesTest, TheQuestionOfAPopup) {

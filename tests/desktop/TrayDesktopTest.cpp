@@ -1,4 +1,3 @@
-#include <gtest/gtest.h>
 #include <windows.h>
 
 #include <shellapi.h>
@@ -6,15 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "RunningGuard.h"
-#include "desktop/Desktop.h"
+#include "DesktopTest.h"
 #include "desktop/driver/Tray.h"
 
 namespace kestrelguard::testing {
 namespace {
-
-using desktop::Browser;
-using desktop::StandInDesktop;
 
 constexpr char kInTheTray[] = "MIN/:/:y\r\n";
 
@@ -24,14 +19,8 @@ constexpr LPARAM kLeftUp = 514;
 constexpr LPARAM kLeftDouble = 515;
 constexpr LPARAM kRightUp = 517;
 
-class TrayDesktopTest : public ::testing::Test {
+class TrayDesktopTest : public DesktopTest {
  protected:
-    Browser& Watched() {
-        Browser& browser = m_desktop.OpenBrowser();
-        EXPECT_TRUE(WaitUntil([&] { return browser.Sinks().connected == 1; }));
-        return browser;
-    }
-
     /// The program's icon, once it is there.
     static TrayIcon Icon() {
         EXPECT_TRUE(WaitTrayIcons(1));
@@ -48,9 +37,6 @@ class TrayDesktopTest : public ::testing::Test {
     static void Notify(const RunningGuard& guard, LPARAM message) {
         Ask(guard.Window(), WM_MOUSEMOVE, 1, message);
     }
-
-    desktop::Apartment m_apartment;
-    StandInDesktop m_desktop;
 };
 
 TEST_F(TrayDesktopTest, AnErrorInTheTrayComesToTheFrontWithoutTheMainWindow) {

@@ -1,25 +1,17 @@
-#include <gtest/gtest.h>
-
 #include <string>
 #include <vector>
 
-#include "RunningGuard.h"
-#include "desktop/Desktop.h"
+#include "DesktopTest.h"
 
 namespace kestrelguard::testing {
 namespace {
-
-using desktop::Browser;
-using desktop::BrowserOptions;
-using desktop::Property;
-using desktop::StandInDesktop;
 
 using Texts = std::vector<std::wstring>;
 
 constexpr wchar_t kShow[] = L"Show this Browser Window";
 constexpr wchar_t kClose[] = L"Close this Browser Window";
 
-class TreeDesktopTest : public ::testing::Test {
+class TreeDesktopTest : public DesktopTest {
  protected:
     Browser& Open(const std::wstring& title, bool shown = false) {
         BrowserOptions options;
@@ -45,9 +37,6 @@ class TreeDesktopTest : public ::testing::Test {
         }
         return {};
     }
-
-    desktop::Apartment m_apartment;
-    StandInDesktop m_desktop;
 };
 
 TEST_F(TreeDesktopTest, WithoutBrowsersThereIsTheRootAlone) {
@@ -107,6 +96,7 @@ TEST_F(TreeDesktopTest, AnAnnouncementOfAKnownWindowAddsNothing) {
     RunningGuard guard;
     const Texts before = TreeTexts(guard.Tree());
     m_desktop.FireWindowRegistered(one.Cookie());
+    EXPECT_TRUE(guard.WaitPosted());
     EXPECT_EQ(TreeTexts(guard.Tree()), before);
 }
 

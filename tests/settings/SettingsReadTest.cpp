@@ -149,11 +149,8 @@ TEST(SettingsRead, YesIsOneLetter) {
 }
 
 TEST(SettingsRead, UseCountRisesByOneARead) {
-    const auto useCount = [](const wchar_t* value) {
-        SettingsWorld world;
-        world.values.useCount = 77;
-        world.Read(std::wstring(L"USE/:/:") + value);
-        return world.values.useCount;
+    const auto useCount = [](const std::wstring& value) {
+        return NumberRead(&LastingValues::useCount, L"USE/:/:" + value);
     };
     EXPECT_EQ(useCount(L"41"), 42);
     EXPECT_EQ(useCount(L"x"), 1);
@@ -166,11 +163,8 @@ TEST(SettingsRead, UseCountRisesByOneARead) {
 }
 
 TEST(SettingsRead, StoppedTotalIsRoundedOrZero) {
-    const auto total = [](const wchar_t* value) {
-        SettingsWorld world;
-        world.values.popupsStoppedTotal = 77;
-        world.Read(std::wstring(L"PST/:/:") + value);
-        return world.values.popupsStoppedTotal;
+    const auto total = [](const std::wstring& value) {
+        return NumberRead(&LastingValues::popupsStoppedTotal, L"PST/:/:" + value);
     };
     EXPECT_EQ(total(L""), 0);
     EXPECT_EQ(total(L"x"), 0);

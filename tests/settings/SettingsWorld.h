@@ -36,13 +36,7 @@ class SettingsWorld {
         for (FakeCheckBox& box : kgC) {
             box.faults = faults;
         }
-        openMinimized.faults = faults;
-        sites.faults = faults;
-        titleBan.faults = faults;
-        washF.faults = faults;
-        washCmb.faults = faults;
-        folder.faults = faults;
-        locale.faults = faults;
+        LetFail(faults, openMinimized, sites, titleBan, washF, washCmb, folder, locale);
     }
 
     std::array<FakeOptionButton, 3> pto{FakeOptionButton(true), FakeOptionButton(), FakeOptionButton()};
@@ -103,5 +97,13 @@ struct SettingsState {
     std::int32_t popupsStoppedTotal;
     std::int32_t washMinutes;
 };
+
+/// What a number that was 77 is after a line of that text has been read.
+inline std::int32_t NumberRead(std::int32_t LastingValues::*number, const std::wstring& line) {
+    SettingsWorld world;
+    world.values.*number = 77;
+    world.Read(line);
+    return world.values.*number;
+}
 
 }  // namespace kestrelguard

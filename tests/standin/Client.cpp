@@ -24,7 +24,6 @@
 #include <cstdlib>
 #include <cwchar>
 #include <deque>
-#include <memory>
 #include <string>
 #include <utility>
 #include <vector>

@@ -1,10 +1,6 @@
 #include "update/UpdateCheckFixture.h"
 
-#include <algorithm>
 #include <string>
-#include <string_view>
-#include <utility>
-#include <vector>
 
 #include "runtime/Maker.h"
 #include "runtime/Text.h"

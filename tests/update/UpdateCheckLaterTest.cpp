@@ -1,8 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
-
 #include "runtime/RunTimeError.h"
 #include "update/UpdateWorld.h"
 

@@ -6,10 +6,14 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/PassingWindows.h"
+
 // Many windows, and windows that come, go and fail at bad moments.
 
 namespace kestrelguard::desktop {
 namespace {
+
+using kestrelguard::testing::LetWindowsPass;
 
 TEST_F(ControlDesktopTest, FiftyWindowsOpenAndClose) {
     constexpr int kWindows = 50;
@@ -48,19 +52,10 @@ TEST_F(ControlDesktopTest, FiftyWindowsOpenAndClose) {
 TEST_F(ControlDesktopTest, AHundredWindowsLeaveNothingBehind) {
     Browser& steady = m_desktop.OpenBrowser();
     m_client.Ask("on");
-    const auto openAndClose = [&](int windows) {
-        for (int i = 0; i < windows; ++i) {
-            Browser& browser = m_desktop.OpenBrowser();
-            ASSERT_EQ(1, browser.Sinks().connected);
-            browser.Close();
-            ASSERT_EQ(0, browser.Sinks().connected);
-            ASSERT_TRUE(WaitUntil([&] { return browser.OutsideReferences() == 0; })) << i;
-        }
-    };
-    openAndClose(20);
+    LetWindowsPass(m_desktop, 20);
     const LONG references = steady.OutsideReferences();
     const LONG listReferences = m_desktop.OutsideReferences();
-    openAndClose(100);
+    LetWindowsPass(m_desktop, 100);
     EXPECT_TRUE(WaitUntil([&] { return steady.OutsideReferences() == references; }));
     EXPECT_TRUE(WaitUntil([&] { return m_desktop.OutsideReferences() == listReferences; }));
     EXPECT_EQ(1, steady.Sinks().connected);

@@ -6,7 +6,6 @@
 #include <objbase.h>
 
 #include <cmath>
-#include <cstdlib>
 #include <string>
 #include <vector>
 

@@ -9,6 +9,7 @@
 #include "controls/Fakes.h"
 #include "desktop/driver/CacheFiller.h"
 #include "privacy/win32/WinInet.h"
+#include "runtime/win32/AnsiText.h"
 
 namespace {
 
@@ -64,6 +65,31 @@ TEST_F(WinInetEntriesTest, TheErrorOfADeletionIsTakenBeforeAnythingElseSetsIt) {
     const std::uint32_t error = entries.DeleteUrlCacheEntryA(address);
     g_errorOfFreedMemory = 0;
     EXPECT_EQ(error, static_cast<std::uint32_t>(ERROR_FILE_NOT_FOUND));
+}
+
+/// What the system says of an error, however long.
+std::wstring WholeMessage(DWORD error) {
+    char* text = nullptr;
+    const DWORD length = FormatMessageA(
+        FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_ALLOCATE_BUFFER, nullptr,
+        error, 0, reinterpret_cast<char*>(&text), 0, nullptr);
+    const std::wstring message = length == 0 ? std::wstring() : FromAnsi({text, length});
+    LocalFree(text);
+    return message;
+}
+
+TEST_F(WinInetEntriesTest, AnErrorHasTheTextOfTheSystemUnlessThatIsTooLong) {
+    EXPECT_NE(entries.SystemMessage(ERROR_FILE_NOT_FOUND), L"");
+    int silent = 0;
+    int tooLong = 0;
+    for (DWORD error = 0; error < 12'500; ++error) {
+        const std::wstring whole = WholeMessage(error);
+        silent += whole.empty() ? 1 : 0;
+        tooLong += whole.size() >= 200 ? 1 : 0;
+        ASSERT_EQ(entries.SystemMessage(error), whole.size() < 200 ? whole : L"") << error;
+    }
+    EXPECT_GT(silent, 0);
+    EXPECT_GT(tooLong, 0);
 }
 
 /// A time beyond what calendar fields can hold.

@@ -11,6 +11,7 @@
 #include "runtime/RunTimeError.h"
 #include "runtime/win32/AnsiText.h"
 #include "runtime/win32/Owners.h"
+#include "tests/support/SpinFor.h"
 
 namespace kestrelguard {
 namespace {
@@ -321,18 +322,6 @@ constexpr char kChildEvent[] = "kestrelguard-folder-test-wrote";
 
 std::wstring Version(wchar_t letter) {
     return std::wstring(300'000, letter) + L"\r\nend";
-}
-
-/// Lets microseconds pass without giving the processor away.
-void SpinFor(int microseconds) {
-    LARGE_INTEGER ticksASecond{};
-    LARGE_INTEGER begin{};
-    LARGE_INTEGER now{};
-    QueryPerformanceFrequency(&ticksASecond);
-    QueryPerformanceCounter(&begin);
-    do {
-        QueryPerformanceCounter(&now);
-    } while ((now.QuadPart - begin.QuadPart) * 1'000'000 < microseconds * ticksASecond.QuadPart);
 }
 
 /// Runs in a process of its own: writes one text after the other until it is killed.
