@@ -70,7 +70,7 @@ TEST_F(FaultsTest, OneCallWaitsWhileOthersComeIn) {
     Faults::Here().Arm(PositionOf("LocationName"), fault);
     EXPECT_EQ("ok 1 count 1", m_client.Ask("list"));
     EXPECT_EQ(1, sinks);
-    EXPECT_EQ(1, m_client.Count("browser0 251"));
+    EXPECT_EQ(1, m_client.Count("browser0 251", 1));
 }
 
 TEST_F(FaultsTest, OneCallCutsTheClientOff) {

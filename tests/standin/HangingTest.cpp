@@ -46,17 +46,17 @@ TEST_F(HangingTest, AStoppedProcessIsListedAndAnnouncedLikeAnyOther) {
     RemoteOptions silent;
     silent.announced = false;
     RemoteBrowser& remote = OpenRemote(silent);
-    EXPECT_EQ(0, m_client.Count("list 200"));
+    EXPECT_EQ(0, m_client.Count("list 200", 0));
     remote.Stop();
     EXPECT_EQ(1, m_desktop.FireWindowRegistered(remote.Cookie()).sinks);
-    EXPECT_EQ(1, m_client.Count("list 200"));
+    EXPECT_EQ(1, m_client.Count("list 200", 1));
     // However often the list is walked: handing the window out must not take a word with its process.
     for (int i = 0; i < 40; ++i) {
         ASSERT_EQ("ok 2 count 2", m_client.Ask("walk")) << i;
         ASSERT_EQ("ok object", m_client.Ask("item 1")) << i;
     }
     m_desktop.Withdraw(remote.Cookie());
-    EXPECT_EQ(1, m_client.Count("list 201"));
+    EXPECT_EQ(1, m_client.Count("list 201", 1));
     EXPECT_EQ("ok 1 count 1", m_client.Ask("walk"));
 }
 
@@ -99,7 +99,7 @@ TEST_F(HangingTest, APropertyStallsAloneHereAndFarAway) {
     ASSERT_TRUE(remote.WaitStalled(Property::Hwnd));
     EXPECT_TRUE(Answers(remote.Window()));
     EXPECT_EQ(1, remote.FireNewWindow2().sinks);
-    EXPECT_EQ(1, m_client.Count("browser1 251"));
+    EXPECT_EQ(1, m_client.Count("browser1 251", 1));
     EXPECT_EQ(-1, m_client.Program().WaitLine("ok", second, 200));
     remote.LetGo(Property::Hwnd);
     EXPECT_NE(-1, m_client.Program().WaitLine("ok 2", second));

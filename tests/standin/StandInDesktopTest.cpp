@@ -56,13 +56,13 @@ TEST_F(StandInDesktopTest, OpeningAndClosingIsAnnounced) {
     BrowserOptions silent;
     silent.announced = false;
     m_desktop.OpenBrowser(silent);
-    EXPECT_EQ(1, m_client.Count("list 200"));
+    EXPECT_EQ(1, m_client.Count("list 200", 1));
     browser.Close();
     EXPECT_EQ("event list 201 args 1: " + std::to_string(browser.Cookie()), m_client.Event("list 201"));
     EXPECT_TRUE(browser.Ended());
     EXPECT_EQ("ok 1 count 1", m_client.Ask("list"));
     EXPECT_EQ(1, m_desktop.FireWindowRegistered(99).sinks);
-    EXPECT_EQ(2, m_client.Count("list 200"));
+    EXPECT_EQ(2, m_client.Count("list 200", 2));
 }
 
 TEST_F(StandInDesktopTest, ClosingTheWindowClosesTheBrowser) {
@@ -129,7 +129,7 @@ TEST_F(StandInDesktopTest, WindowsMayOpenInTheMiddleOfAnEnumeration) {
     m_desktop.BeforeEnumeration([this] { m_desktop.OpenBrowser(); });
     // The client hears of it while its own call waits, and the list it gets holds the new window.
     EXPECT_EQ("ok 1 count 0", m_client.Ask("list"));
-    EXPECT_EQ(1, m_client.Count("list 200"));
+    EXPECT_EQ(1, m_client.Count("list 200", 1));
 }
 
 TEST_F(StandInDesktopTest, ADeadBrowserStaysInTheListAndAnswersNothing) {
@@ -137,12 +137,12 @@ TEST_F(StandInDesktopTest, ADeadBrowserStaysInTheListAndAnswersNothing) {
     m_client.Ask("attach");
     browser.Die();
     EXPECT_EQ(1, m_desktop.ListSize());
-    EXPECT_EQ(0, m_client.Count("list 201"));
+    EXPECT_EQ(0, m_client.Count("list 201", 0));
     EXPECT_EQ(0u, m_client.Ask("navigate http://a.example/").find("failed "));
     EXPECT_EQ("ok 1 count 1", m_client.Ask("list"));
     EXPECT_NE(-1, m_client.Program().WaitLine("window failed ||"));
     m_desktop.Withdraw(browser.Cookie());
-    EXPECT_EQ(1, m_client.Count("list 201"));
+    EXPECT_EQ(1, m_client.Count("list 201", 1));
 }
 
 TEST_F(StandInDesktopTest, ObjectsThatAreNoBrowsersMayBeInTheList) {
@@ -163,12 +163,12 @@ TEST_F(StandInDesktopTest, FiftyWindowsOpenAndClose) {
         m_desktop.OpenBrowser();
     }
     EXPECT_EQ("ok 50 count 50", m_client.Ask("list"));
-    EXPECT_EQ(50, m_client.Count("list 200"));
+    EXPECT_EQ(50, m_client.Count("list 200", 50));
     for (Browser* browser : m_desktop.OpenBrowsers()) {
         browser->Close();
     }
     EXPECT_EQ("ok 0 count 0", m_client.Ask("list"));
-    EXPECT_EQ(50, m_client.Count("list 201"));
+    EXPECT_EQ(50, m_client.Count("list 201", 50));
 }
 
 }  // namespace

@@ -115,11 +115,11 @@ TEST_F(StandInEventsTest, NavigateLoadsWithAllEvents) {
     EXPECT_TRUE(browser.WaitIdle());
     EXPECT_EQ(L"http://www.news.example/", browser.Url());
     EXPECT_EQ(L"The Morning News", browser.Title());
-    EXPECT_EQ(1, m_client.Count("browser0 250"));
-    EXPECT_EQ(1, m_client.Count("browser0 106"));
-    EXPECT_EQ(1, m_client.Count("browser0 252"));
-    EXPECT_EQ(1, m_client.Count("browser0 113"));
-    EXPECT_EQ(1, m_client.Count("browser0 104"));
+    EXPECT_EQ(1, m_client.Count("browser0 250", 1));
+    EXPECT_EQ(1, m_client.Count("browser0 106", 1));
+    EXPECT_EQ(1, m_client.Count("browser0 252", 1));
+    EXPECT_EQ(1, m_client.Count("browser0 113", 1));
+    EXPECT_EQ(1, m_client.Count("browser0 104", 1));
 }
 
 TEST_F(StandInEventsTest, ACancelledLoadLeavesThePageAsItWas) {
@@ -128,8 +128,8 @@ TEST_F(StandInEventsTest, ACancelledLoadLeavesThePageAsItWas) {
     m_client.Ask("cancel -1");
     browser.Navigate(L"http://www.news.example/");
     EXPECT_TRUE(browser.WaitIdle());
-    EXPECT_EQ(1, m_client.Count("browser0 250"));
-    EXPECT_EQ(0, m_client.Count("browser0 252"));
+    EXPECT_EQ(1, m_client.Count("browser0 250", 1));
+    EXPECT_EQ(0, m_client.Count("browser0 252", 0));
     EXPECT_EQ(L"http://www.home.example/", browser.Url());
 }
 

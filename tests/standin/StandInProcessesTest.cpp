@@ -19,13 +19,13 @@ TEST_F(StandInProcessesTest, ABrowserOfAnotherProcessTakesPart) {
     EXPECT_EQ(1, remote.Sinks());
     m_client.Ask("cancel -1");
     EXPECT_TRUE(remote.FireNewWindow2().cancel);
-    EXPECT_EQ(1, m_client.Count("browser1 251"));
+    EXPECT_EQ(1, m_client.Count("browser1 251", 1));
     m_client.Ask("list");
     EXPECT_NE(-1, m_client.Program().WaitLine("window " + std::to_string(remote.Handle()) +
                                               " http://remote.example/|Far away|"));
     EXPECT_TRUE(remote.Close());
     EXPECT_EQ(1, m_desktop.ListSize());
-    EXPECT_EQ(1, m_client.Count("list 201"));
+    EXPECT_EQ(1, m_client.Count("list 201", 1));
 }
 
 TEST_F(StandInProcessesTest, AKilledBrowserProcessLeavesADeadEntry) {
@@ -36,14 +36,14 @@ TEST_F(StandInProcessesTest, AKilledBrowserProcessLeavesADeadEntry) {
     EXPECT_EQ(-1, remote.Sinks());
     EXPECT_EQ(1, m_desktop.ListSize());
     EXPECT_EQ(0u, m_client.Ask("navigate http://a.example/").find("failed "));
-    EXPECT_EQ(0, m_client.Count("list 201"));
+    EXPECT_EQ(0, m_client.Count("list 201", 0));
     const Browser& living = m_desktop.OpenBrowser();
     // It can be walked over, but answers nothing.
     EXPECT_EQ("ok 2 count 2", m_client.Ask("list"));
     EXPECT_NE(-1, m_client.Program().WaitLine("window failed ||"));
     EXPECT_NE(-1, m_client.Program().WaitLine("window " + std::to_string(living.Handle()) + " "));
     m_desktop.Withdraw(remote.Cookie());
-    EXPECT_EQ(1, m_client.Count("list 201"));
+    EXPECT_EQ(1, m_client.Count("list 201", 1));
 }
 
 TEST_F(StandInProcessesTest, WinesOwnBrowserTakesPart) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 
 #include "desktop/Desktop.h"
@@ -36,12 +37,17 @@ class Client {
         const int line = m_process.WaitLine("event " + start, from);
         return line < 0 ? "no event" : m_process.Lines()[static_cast<std::size_t>(line)];
     }
-    /// How many events have come that begin so.
-    int Count(const std::string& start) const {
+    /// How many events have come that begin so, once there are at least so many: the client tells of one
+    /// before it returns from it, but its words take their own time.
+    int Count(const std::string& start, int atLeast) const {
         int count = 0;
-        for (const std::string& line : m_process.Lines()) {
-            count += line.rfind("event " + start, 0) == 0 ? 1 : 0;
-        }
+        testing::WaitUntil([&] {
+            const auto lines = m_process.Lines();
+            count = static_cast<int>(std::count_if(lines.begin(), lines.end(), [&](const std::string& line) {
+                return line.rfind("event " + start, 0) == 0;
+            }));
+            return count >= atLeast;
+        });
         return count;
     }
     testing::Process& Program() { return m_process; }
