@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include "runtime/win32/FrameAnswers.h"
+
 namespace kestrelguard {
 
 namespace {
@@ -10,12 +12,10 @@ HWND WindowOf(std::int32_t handle) {
     return reinterpret_cast<HWND>(static_cast<LONG_PTR>(handle));
 }
 
-/// Whether the window's thread takes messages: showing and activating one that hangs may wait for it.
+/// Showing and activating a window whose thread takes no messages may wait for it.
 bool Answers(std::int32_t handle) {
     constexpr UINT kPatience = 1000;
-    DWORD_PTR result = 0;
-    return SendMessageTimeoutA(WindowOf(handle), WM_NULL, 0, 0, SMTO_ABORTIFHUNG | SMTO_BLOCK, kPatience,
-                               &result) != 0;
+    return FrameAnswers(WindowOf(handle), kPatience);
 }
 
 }  // namespace

@@ -9,6 +9,8 @@
 #include <unordered_map>
 #include <utility>
 
+#include "runtime/win32/FrameAnswers.h"
+
 namespace kestrelguard {
 
 namespace {
@@ -65,7 +67,7 @@ BOOL CALLBACK LookAt(HWND window, LPARAM parameter) {
     GetWindowThreadProcessId(window, &process);
     const WORD low = LOWORD(process);
     if ((low == search.one || low == search.other) && process != GetCurrentProcessId() &&
-        IsWindowVisible(window) != FALSE && !FrameAnswers(window)) {
+        IsWindowVisible(window) != FALSE && !FrameAnswers(window, kPatience)) {
         search.answers = false;
     }
     return search.answers ? TRUE : FALSE;
@@ -113,16 +115,6 @@ void ReleaseThose(Which which) noexcept {
 
 }  // namespace
 
-bool FrameAnswers(HWND frame) {
-    DWORD_PTR result = 0;
-    SetLastError(ERROR_SUCCESS);
-    if (SendMessageTimeoutA(frame, WM_NULL, 0, 0, SMTO_ABORTIFHUNG | SMTO_BLOCK, kPatience, &result) != 0) {
-        return true;
-    }
-    const DWORD error = GetLastError();
-    return error != ERROR_SUCCESS && error != ERROR_TIMEOUT;
-}
-
 bool Servers::Answer(IUnknown* object) {
     StandardReference reference{};
     if (!ReferenceTo(object, reference)) {
@@ -154,7 +146,7 @@ bool WindowAnswers(IUnknown* identity, HWND frame) {
     if (IsSilent(identity)) {
         return false;
     }
-    const bool answers = frame != nullptr ? FrameAnswers(frame) : Servers().Answer(identity);
+    const bool answers = frame != nullptr ? FrameAnswers(frame, kPatience) : Servers().Answer(identity);
     if (!answers) {
         Silent()[identity] = GetTickCount() + kAskAgainAfter;
     }

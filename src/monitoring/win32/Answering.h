@@ -17,10 +17,6 @@
 /// Which windows answer, found out without a call to them: a call to a process that hangs never comes back.
 namespace kestrelguard {
 
-/// Whether the thread of a frame window takes messages. True for a window that is not there: calls to it come
-/// back, with an error.
-bool FrameAnswers(HWND frame);
-
 /// The processes behind the objects of one walk: each is asked once, however many windows it has.
 class Servers {
  public:
