@@ -26,7 +26,6 @@ int RunForm() {
     kestrelguard::AtEdge(
         [&form, &loaded] {
             form.Form_Load();
-            form.FirstShow();
             loaded = true;
         },
         Report);

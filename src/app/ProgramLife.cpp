@@ -1,7 +1,6 @@
 #include "app/ProgramLife.h"
 
 #include "runtime/Edge.h"
-#include "runtime/FirstFailure.h"
 
 namespace kestrelguard {
 
@@ -16,20 +15,32 @@ void ProgramLife::Start() {
         }
     }
     if (m_phase != Phase::Starting) {
-        return;  // the session has ended
+        return;  // the session has ended, or the step that was at hand was left behind
     }
     m_phase = Phase::Running;
     if (m_closeWanted) {
         End(true);
+    } else {
+        m_parts.show();
+    }
+}
+
+void ProgramLife::GoOn() {
+    if (m_phase != Phase::Starting) {
+        return;
+    }
+    FirstFailure failure;
+    failure.Try([this] { Start(); });
+    if (failure.Any()) {
+        Tell(failure);
+        m_phase = Phase::Over;
+        m_parts.leave();
     }
 }
 
 void ProgramLife::DoStartSteps() {
-    for (const auto& step : m_parts.start) {
-        if (m_phase != Phase::Starting || m_closeWanted) {
-            return;
-        }
-        step();
+    while (m_phase == Phase::Starting && !m_closeWanted && m_nextOfStart < m_parts.start.size()) {
+        m_parts.start[m_nextOfStart++]();
     }
 }
 
@@ -51,6 +62,10 @@ void ProgramLife::EndSession() {
     }
 }
 
+void ProgramLife::Tell(const FirstFailure& failure) {
+    AtEdge([&] { failure.Rethrow(); }, m_parts.tell);
+}
+
 void ProgramLife::End(bool tellFailure) {
     m_phase = Phase::Ending;
     FirstFailure failure;
@@ -58,7 +73,7 @@ void ProgramLife::End(bool tellFailure) {
         failure.Try(m_parts.end[m_next++]);
     }
     if (tellFailure && m_phase == Phase::Ending) {
-        AtEdge([&] { failure.Rethrow(); }, m_parts.tell);
+        Tell(failure);
     }
     if (m_phase == Phase::Ending) {
         m_phase = Phase::Over;

@@ -4,6 +4,7 @@
 #include <functional>
 #include <vector>
 
+#include "runtime/FirstFailure.h"
 #include "runtime/RunTimeError.h"
 
 namespace kestrelguard {
@@ -19,6 +20,8 @@ class ProgramLife {
     struct Parts {
         /// Done in order; the first failure ends the start.
         Steps start;
+        /// The start is over: shows the program.
+        std::function<void()> show = [] {};
         /// Done in order, each whatever another one throws, and each once.
         Steps end;
         /// Tells the user of the first failure of the end.
@@ -33,6 +36,11 @@ class ProgramLife {
     void Start();
     /// The start is over and the end has not begun: handlers may act.
     bool Running() const noexcept { return m_phase == Phase::Running; }
+    /// Whether the program lives: it starts or runs, and its end has not begun.
+    bool Alive() const noexcept { return m_phase == Phase::Starting || m_phase == Phase::Running; }
+    /// A step does not come back: one of the start is left behind, and what comes after it is done now. What
+    /// fails then is told and ends the program.
+    void GoOn();
     /// The user, or another program, wants the program to end.
     void Close();
     /// The Windows session ends. Nobody is told of failures.
@@ -42,12 +50,14 @@ class ProgramLife {
     enum class Phase { New, Starting, Running, Ending, Over };
 
     void DoStartSteps();
+    void Tell(const FirstFailure& failure);
     void End(bool tellFailure);
 
     Parts m_parts;
     Phase m_phase = Phase::New;
     bool m_closeWanted = false;
-    /// The step of the end that comes next.
+    /// The steps of the start and of the end that come next.
+    std::size_t m_nextOfStart = 0;
     std::size_t m_next = 0;
 };
 

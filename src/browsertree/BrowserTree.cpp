@@ -43,26 +43,44 @@ void BrowserTree::RefreshBrowserTree() {
         return;
     }
     const Flagged rebuilding(m_rebuilding);
+    const int number = ++m_lastRebuild;
     FirstFailure failure;
     do {
         m_rebuildAgain = false;
-        failure.Try([this] { Rebuild(); });
-    } while (m_rebuildAgain);
-    failure.Rethrow();
+        failure.Try([&] { Rebuild(number); });
+    } while (number == m_lastRebuild && m_rebuildAgain);
+    if (number == m_lastRebuild) {
+        failure.Rethrow();
+    }
 }
 
-void BrowserTree::Rebuild() {
+void BrowserTree::GoOn() {
+    if (m_rebuilding) {
+        m_rebuilding = false;
+        RefreshBrowserTree();
+    }
+}
+
+void BrowserTree::Rebuild(int number) {
     Tree& tree = m_parts.tvBrowsers;
     m_parts.IEEvents1.SetEnabled(true);
+    if (number != m_lastRebuild) {
+        return;
+    }
     tree.Clear();
     m_createdMeanwhile = false;
     tree.Add({}, tree_texts::kRootKey, tree_texts::kAllInstances, tree_images::kRoot);
     tree.Expand(tree_texts::kRootKey);
     ShowCount();
+    const auto add = [&](auto&& node) {
+        if (number == m_lastRebuild) {
+            AddUnlessThere(node);
+        }
+    };
     for (const std::shared_ptr<Browser>& browser : m_parts.IEEvents1.Browsers()) {
-        AddUnlessThere([&] { AddBrowserNode(*browser, tree_texts::kRebuiltBrowser); });
-        AddUnlessThere([&] { AddTitleNode(*browser); });
-        AddUnlessThere([&] { AddAddressNode(*browser); });
+        add([&] { AddBrowserNode(*browser, tree_texts::kRebuiltBrowser); });
+        add([&] { AddTitleNode(*browser); });
+        add([&] { AddAddressNode(*browser); });
     }
 }
 

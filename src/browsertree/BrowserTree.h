@@ -76,6 +76,10 @@ class BrowserTree {
     /// removes its own nodes at once. A rebuild that is asked for within another one is done after it.
     void RefreshBrowserTree();
 
+    /// A read of a window does not come back: a rebuild that waits for it is left behind and all nodes are
+    /// rebuilt at once. What is left behind adds no more nodes and tells of no failure.
+    void GoOn();
+
     /// Sets the text of one detail node; `suffix` is "TITLE" or "URL". Nothing happens when the tree does not
     /// show that browser.
     void SetBrowserNodeText(const Browser& browser, const std::wstring& suffix, const std::wstring& text);
@@ -91,7 +95,7 @@ class BrowserTree {
     void mnuCB_Click();
 
  private:
-    void Rebuild();
+    void Rebuild(int number);
     template <class Add>
     void AddUnlessThere(Add&& add);
     void ShowCount();
@@ -105,6 +109,8 @@ class BrowserTree {
     Parts m_parts;
     bool m_rebuilding = false;
     bool m_rebuildAgain = false;
+    /// The number of the last rebuild: an earlier one that comes back was left behind.
+    int m_lastRebuild = 0;
     /// Whether a created browser was told since the tree was cleared for the last rebuild.
     bool m_createdMeanwhile = false;
     bool m_removing = false;

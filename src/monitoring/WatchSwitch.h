@@ -8,7 +8,7 @@ namespace kestrelguard {
 /// Switches watching on and off, one watcher at a time. Watching calls the windows, which lets other calls
 /// in: one of them may switch off, or start over, while a start is under way.
 ///
-/// `WatcherPtr` shares a watcher that has Succeed(predecessor), FirstLook() and Close().
+/// `WatcherPtr` shares a watcher that has Succeed(predecessor), FirstLook(), Busy(), WorkOff() and Close().
 template <class WatcherPtr>
 class WatchSwitch {
  public:
@@ -41,6 +41,17 @@ class WatchSwitch {
         WatcherPtr old = std::exchange(m_watcher, WatcherPtr());
         WatcherPtr starting = std::exchange(m_starting, WatcherPtr());
         Start(old ? std::move(old) : std::move(starting));
+    }
+
+    /// A call does not come back: what waits for it is done without it. A watcher that waits is succeeded;
+    /// one that only tells of windows tells of the others. Nothing happens while it is off. Throws as
+    /// SwitchOn.
+    void GoOn() {
+        if (m_starting || (m_watcher && m_watcher->Busy())) {
+            Refresh();
+        } else if (const WatcherPtr watcher = m_watcher) {
+            watcher->WorkOff();
+        }
     }
 
  private:

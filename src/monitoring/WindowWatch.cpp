@@ -258,7 +258,11 @@ bool WindowWatch::PassOver(const DesktopWindowPtr& known) {
 
 DesktopWindowPtr WindowWatch::GetNewBrowser(ReadHandles& handles) {
     const auto shell = m_shell.connection;
-    const std::vector<KeyedSinks::Sink> watched = m_sinks.All();
+    std::vector<KeyedSinks::Sink> watched = m_sinks.All();
+    for (KeyedSinks::Sink& sink : watched) {
+        // A call from here that does not come back must not keep it.
+        sink.listening = nullptr;
+    }
     // The scan of the sinks ends at one whose handle cannot be read, the same for every window.
     std::optional<std::unordered_set<std::int32_t>> watchedHandles;
     const auto readWatched = [&] {

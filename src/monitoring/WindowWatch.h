@@ -42,6 +42,10 @@ class WindowWatch final : public std::enable_shared_from_this<WindowWatch> {
     /// Throws RunTimeError when the list of windows or the first window fails; what fails after that is left
     /// out.
     void LoadBrowsers();
+    /// A rebuild, or the search for a new window, is under way.
+    bool Busy() const noexcept { return m_busy; }
+    /// Does what announcements asked for, and tells of it, until nothing is left; not while it is busy.
+    void WorkOff();
     /// The end: lets go of all sinks and of the shell and tells nothing any more.
     void Close() noexcept;
 
@@ -91,8 +95,6 @@ class WindowWatch final : public std::enable_shared_from_this<WindowWatch> {
     void Park() noexcept;
     static void LetGo(Shell& shell) noexcept;
 
-    /// Does what announcements asked for, until none is left.
-    void WorkOff();
     void WorkOffOnce();
     void TellDue();
 
@@ -110,7 +112,6 @@ class WindowWatch final : public std::enable_shared_from_this<WindowWatch> {
 
     /// The last rebuild, or the search before it, has failed.
     bool m_failed = false;
-    /// A rebuild, or the search for a new window, is under way.
     bool m_busy = false;
     Heard m_heard;
     /// What the work under way began with.

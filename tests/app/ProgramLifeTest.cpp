@@ -50,6 +50,7 @@ struct ProgramLifeTest : testing::Test {
     Action failure;
     ProgramLife life{
         {.start = StepsOf("abc"),
+         .show = [this] { log += "S"; },
          .end = StepsOf("xyz"),
          .tell = [this](const RunTimeError& error) { log += "[" + std::to_string(error.Number()) + "]"; },
          .leave = [this] { log += "!"; }}};
@@ -58,10 +59,10 @@ struct ProgramLifeTest : testing::Test {
 TEST_F(ProgramLifeTest, StartsRunsAndEnds) {
     EXPECT_FALSE(life.Running());
     life.Start();
-    EXPECT_EQ(log, "abc");
+    EXPECT_EQ(log, "abcS");
     EXPECT_TRUE(life.Running());
     life.Close();
-    EXPECT_EQ(log, "abcxyz!");
+    EXPECT_EQ(log, "abcSxyz!");
     EXPECT_FALSE(life.Running());
 }
 
@@ -80,9 +81,9 @@ TEST_F(ProgramLifeTest, ASecondCloseIsNone) {
     life.Start();
     At('y', [this] { life.Close(); });
     life.Close();
-    EXPECT_EQ(log, "abcxyyz!");
+    EXPECT_EQ(log, "abcSxyyz!");
     life.Close();
-    EXPECT_EQ(log, "abcxyyz!");
+    EXPECT_EQ(log, "abcSxyyz!");
 }
 
 TEST_F(ProgramLifeTest, ACloseDuringTheStartWaitsForItsStepAndEndsQuietly) {
@@ -128,38 +129,38 @@ TEST_F(ProgramLifeTest, EveryStepOfTheEndIsDoneAndTheFirstFailureTold) {
     life.Start();
     Fail('x', [] { throw RunTimeError(RunTimeError::kDiskFull); });
     life.Close();
-    EXPECT_EQ(log, "abcxyz[61]!");
+    EXPECT_EQ(log, "abcSxyz[61]!");
 }
 
 TEST_F(ProgramLifeTest, LackOfMemoryInOneStepSkipsNoOther) {
     life.Start();
     Fail('y', [] { throw std::bad_alloc(); });
     life.Close();
-    EXPECT_EQ(log, "abcxyz[7]!");
+    EXPECT_EQ(log, "abcSxyz[7]!");
 }
 
 TEST_F(ProgramLifeTest, AMistakeInOneStepSkipsNoOther) {
     life.Start();
     Fail('z', [] { throw std::logic_error("a mistake"); });
     life.Close();
-    EXPECT_EQ(log, "abcxyz[5]!");
+    EXPECT_EQ(log, "abcSxyz[5]!");
 }
 
 TEST_F(ProgramLifeTest, TheEndOfTheSessionTellsNobody) {
     life.Start();
     Fail('x', [] { throw RunTimeError(RunTimeError::kDiskFull); });
     life.EndSession();
-    EXPECT_EQ(log, "abcxyz!");
+    EXPECT_EQ(log, "abcSxyz!");
 }
 
 TEST_F(ProgramLifeTest, TheEndOfTheSessionDoesWhatAnEndHasLeftToDo) {
     life.Start();
     At('x', [this] {
         life.EndSession();
-        EXPECT_EQ(log, "abcxyz!") << "everything was done before it returned";
+        EXPECT_EQ(log, "abcSxyz!") << "everything was done before it returned";
     });
     life.Close();
-    EXPECT_EQ(log, "abcxyz!x") << "and nothing twice";
+    EXPECT_EQ(log, "abcSxyz!x") << "and nothing twice";
 }
 
 TEST_F(ProgramLifeTest, TheEndOfTheSessionDuringTheStartEndsAtOnceAndQuietly) {
@@ -188,6 +189,67 @@ TEST(ProgramLife, TheSessionMayEndWhileAFailureIsTold) {
     life->Start();
     life->Close();
     EXPECT_EQ(log, "box left ");
+}
+
+// A step that does not come back is left behind.
+
+TEST_F(ProgramLifeTest, GoesOnInsideAStepOfTheStart) {
+    At('b', [&] {
+        life.GoOn();
+        EXPECT_TRUE(life.Running());
+        life.GoOn();
+    });
+    life.Start();
+    EXPECT_EQ(log, "abcSb");
+    EXPECT_TRUE(life.Running());
+}
+
+TEST_F(ProgramLifeTest, EndsInsideAStepOfTheStartThatWasLeftBehind) {
+    At('b', [&] {
+        life.GoOn();
+        life.Close();
+    });
+    life.Start();
+    EXPECT_EQ(log, "abcSxyz!b");
+}
+
+TEST_F(ProgramLifeTest, AWishToCloseIsMetWhenTheStepIsLeftBehind) {
+    At('b', [&] {
+        life.Close();
+        EXPECT_EQ(log, "ab");
+        life.GoOn();
+    });
+    life.Start();
+    EXPECT_EQ(log, "abxyz!b");
+}
+
+TEST_F(ProgramLifeTest, WhatAStepLeftBehindThrowsInTheEndIsNoFailureOfTheStart) {
+    At('b', [&] { life.GoOn(); });
+    Fail('b', [] { throw RunTimeError(5); });
+    EXPECT_NO_THROW(life.Start());
+    EXPECT_EQ(log, "abcSb");
+    EXPECT_TRUE(life.Running());
+}
+
+TEST_F(ProgramLifeTest, WhatFailsAfterAStepWasLeftBehindIsToldAndEndsTheProgram) {
+    At('b', [&] { life.GoOn(); });
+    Fail('c', [] { throw RunTimeError(7); });
+    EXPECT_NO_THROW(life.Start());
+    EXPECT_EQ(log, "abc[7]!b");
+    EXPECT_FALSE(life.Alive());
+}
+
+TEST_F(ProgramLifeTest, LeavesNothingBehindWhileItRunsOrEnds) {
+    life.GoOn();
+    EXPECT_EQ(log, "");
+    life.Start();
+    EXPECT_TRUE(life.Alive());
+    At('y', [&] {
+        EXPECT_FALSE(life.Alive());
+        life.GoOn();
+    });
+    life.Close();
+    EXPECT_EQ(log, "abcSxyyz!");
 }
 
 }  // namespace

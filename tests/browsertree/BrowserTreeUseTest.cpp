@@ -3,6 +3,56 @@
 namespace kestrelguard {
 namespace {
 
+TEST_F(BrowserTreeTest, ARebuildThatWaitsIsLeftBehindAndDoneAtOnce) {
+    const auto first = Open(11);
+    const auto second = Open(12, L"Mail");
+    for (const int calls : {1, 2, 3, 4, 5}) {
+        SCOPED_TRACE(calls);
+        // Handle, handle and title, handle and address.
+        int left = calls;
+        std::function<void()> wait = [&] {
+            if (--left > 0) {
+                first->meanwhile = wait;
+                return;
+            }
+            browserTree.GoOn();
+            EXPECT_EQ(Seen().size(), 7U);
+            const auto third = Open(13, L"Third");
+            browserTree.BrowserCreated(*third);
+            EXPECT_EQ(Seen().size(), 10U);
+            Close(third);
+            browserTree.BrowserDestroyed();
+            browserTree.RefreshBrowserTree();
+            EXPECT_EQ(Seen().size(), 7U);
+        };
+        first->meanwhile = wait;
+        EXPECT_NO_THROW(browserTree.RefreshBrowserTree());
+        EXPECT_EQ(left, 0);
+        EXPECT_EQ(Seen(), (Picture{L"Windows Browsers (2)", L"- Browser ", L"- - Title : News",
+                                   L"- - URL : http://news.example/", L"- Browser ", L"- - Title : Mail",
+                                   L"- - URL : http://news.example/"}));
+    }
+}
+
+TEST_F(BrowserTreeTest, WhatFailsInARebuildThatWasLeftBehindIsNotTold) {
+    const auto first = Open(11);
+    Open(12);
+    Faults dead;
+    first->meanwhile = [&] {
+        browserTree.GoOn();
+        dead.FailAt(0, kDied);
+        first->faults = &dead;
+    };
+    EXPECT_NO_THROW(browserTree.RefreshBrowserTree());
+    EXPECT_EQ(Seen().size(), 7U);
+}
+
+TEST_F(BrowserTreeTest, NothingIsLeftBehindOutsideARebuild) {
+    Open(11);
+    browserTree.RefreshBrowserTree();
+    EXPECT_EQ(CallsOf([&] { browserTree.GoOn(); }), Calls{});
+}
+
 TEST_F(BrowserTreeTest, NavigationAndTitleChangeTheDetails) {
     const auto browser = Open(11);
     browserTree.RefreshBrowserTree();

@@ -30,6 +30,8 @@ struct WindowState {
     int waits = 0;
     /// The call after so many hangs, and is cut off; negative for none.
     int hangsAfter = -1;
+    /// The call after so many does not come back until `whileStalled` has; negative for none.
+    int stallsAfter = -1;
     /// So many of its next calls fail.
     int failures = 0;
     int sinks = 0;
@@ -53,6 +55,8 @@ class Desktop final : public WatchedDesktop {
     /// Runs at every place where a call lets others in; the places are counted from 0.
     std::function<void(int place)> inCall;
     int places = 0;
+    /// Runs while a call stalls; the window hangs meanwhile.
+    std::function<void(WindowState&)> whileStalled;
     Delivery delivery;
     /// So many of the next calls to the shell fail.
     int shellFailures = 0;
@@ -278,6 +282,11 @@ class Desktop final : public WatchedDesktop {
             window.hung = true;
             LetIn();
             throw RunTimeError(-9);
+        }
+        if (window.stallsAfter >= 0 && window.stallsAfter-- == 0) {
+            window.hung = true;
+            whileStalled(window);
+            window.hung = false;
         }
     }
     void FailShell() {

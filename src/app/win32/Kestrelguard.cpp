@@ -78,6 +78,7 @@ const Command<Kestrelguard> Kestrelguard::kCommands[] = {
 Kestrelguard::Kestrelguard()
     : FormWindow(ShowRunTimeError),
       m_life({.start = StartSteps(),
+              .show = [this] { FirstShow(); },
               .end = EndSteps(),
               .tell = [this](const RunTimeError& error) { ShowRunTimeError(Handle(), error); },
               .leave = [this] { DestroyForm(); }}),
@@ -127,8 +128,13 @@ void Kestrelguard::SettingsFile(const wchar_t* mode) {
 }
 
 void Kestrelguard::FirstShow() {
-    if (m_life.Running()) {
-        ShowWindow(Handle(), m_rooms->controls.cOpenM.Ticked() ? SW_SHOWMINNOACTIVE : SW_SHOWNORMAL);
+    ShowWindow(Handle(), m_rooms->controls.cOpenM.Ticked() ? SW_SHOWMINNOACTIVE : SW_SHOWNORMAL);
+}
+
+void Kestrelguard::GoOn() {
+    if (m_life.Alive()) {
+        ErrorsIgnored([this] { m_rooms->IEEvents1.GoOn(); }, [this] { m_rooms->browserTree.GoOn(); });
+        m_life.GoOn();
     }
 }
 

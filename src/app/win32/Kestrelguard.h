@@ -24,8 +24,8 @@ class Kestrelguard final : FormWindow {
     /// ends the program itself.
     void Form_Load() { m_life.Start(); }
 
-    /// Shows the window as the settings want it: in the tray, or on the screen.
-    void FirstShow();
+    /// A call to a browser does not come back: goes on while it is under way.
+    void GoOn();
 
     using WindowBase::Handle;
 
@@ -44,6 +44,8 @@ class Kestrelguard final : FormWindow {
     ProgramLife::Steps StartSteps();
     ProgramLife::Steps EndSteps();
     void SettingsFile(const wchar_t* mode);
+    /// Shows the window as the settings want it: in the tray, or on the screen.
+    void FirstShow();
 
     // Before the rooms: their making sends messages, which ask for it.
     ProgramLife m_life;

@@ -40,6 +40,10 @@ void IEEvents::Refresh() {
     oBrowserEvents.Refresh();
 }
 
+void IEEvents::GoOn() {
+    oBrowserEvents.GoOn();
+}
+
 void IEEvents::PropertyChanged() {
     if (m_properties != nullptr) {
         m_properties->PropertyChanged(kEnabled);

@@ -54,6 +54,9 @@ class IEEvents final {
     /// Watches all windows afresh; switches monitoring on when it was off. Throws RunTimeError when the
     /// windows cannot be watched.
     void Refresh();
+    /// A call to a window does not come back: goes on watching the others while it is under way. Throws
+    /// RunTimeError when they cannot be watched.
+    void GoOn();
     /// The list of watched browsers: the same object each time.
     const ComPtr<cBrowsers>& Browsers() const noexcept { return m_oBrowsers; }
 

@@ -94,6 +94,12 @@ void cBrowserEvents::LoadBrowsers() {
     m_watch->LoadBrowsers();
 }
 
+void cBrowserEvents::WorkOff() {
+    const ComPtr<cBrowserEvents> self(this);
+    const std::shared_ptr<WindowWatch> watch = m_watch;
+    watch->WorkOff();
+}
+
 void cBrowserEvents::Close() noexcept {
     const ComPtr<cBrowserEvents> self(this);
     m_closed = true;

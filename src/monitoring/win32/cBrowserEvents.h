@@ -41,6 +41,8 @@ class cBrowserEvents final : public DispatchObject<cBrowserEvents, IBrowser, ISu
     /// The list that rebuilds refill.
     void SetBrowsers(ComPtr<cBrowsers> oBrowsers) noexcept;
     void LoadBrowsers();
+    bool Busy() const noexcept { return m_watch->Busy(); }
+    void WorkOff();
     /// The end: lets go of all sinks and of the list of windows and raises nothing any more. The sinks and
     /// the watcher hold each other, so whoever lets a watcher go closes it first. Harmless in the middle of
     /// any of its calls.
