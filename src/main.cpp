@@ -9,6 +9,7 @@
 #include "app/win32/SingleInstance.h"
 #include "controls/win32/PlatformMessageLoop.h"
 #include "monitoring/win32/Answering.h"
+#include "monitoring/win32/LongCalls.h"
 #include "runtime/Edge.h"
 #include "runtime/win32/Com.h"
 
@@ -19,8 +20,9 @@ void Report(const kestrelguard::RunTimeError& error) {
 }
 
 /// The life of the form. Answers the program's exit code.
-int RunForm() {
+int RunForm(kestrelguard::LongCalls& longCalls) {
     kestrelguard::Kestrelguard form;
+    longCalls.Serve(form.Handle(), [&form] { form.GoOn(); });
     bool loaded = false;
     // Told while the form is still there: its end asks the message loop, that of the box included, to quit.
     kestrelguard::AtEdge(
@@ -50,7 +52,8 @@ int WINAPI WinMain(HINSTANCE /*instance*/, HINSTANCE /*previous*/, LPSTR /*comma
             }
             InitCommonControls();
             const kestrelguard::ComApartment apartment;
-            exitCode = RunForm();
+            kestrelguard::LongCalls longCalls;
+            exitCode = RunForm(longCalls);
         },
         Report);
     return exitCode;

@@ -9,6 +9,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "runtime/RunTimeError.h"
 #include "runtime/win32/FrameAnswers.h"
 
 namespace kestrelguard {
@@ -131,6 +132,9 @@ bool Servers::Answer(IUnknown* object) {
 }
 
 bool IsSilent(const void* identity) {
+    if (CallUnderWay::IsHeldUp(identity)) {
+        return true;
+    }
     const auto silent = Silent().find(identity);
     if (silent == Silent().end()) {
         return false;
@@ -153,9 +157,21 @@ bool WindowAnswers(IUnknown* identity, HWND frame) {
     return answers;
 }
 
-void NoteCutOff(IUnknown* browser) {
-    anythingCutOff = true;
-    Silent()[IdentityOf(browser).Get()] = GetTickCount() + kCallAgainAfter;
+void CallWindowOutOfSight(IUnknown* browser, void (*call)(void*), void* what) {
+    const ComPtr<IUnknown> identity = IdentityOf(browser);
+    if (CallUnderWay::IsHeldUp(identity.Get())) {
+        throw RunTimeError(RPC_E_CALL_CANCELED);
+    }
+    const CallUnderWay underWay(identity.Get());
+    try {
+        call(what);
+    } catch (const RunTimeError& error) {
+        if (error.Number() == RPC_E_CALL_CANCELED) {
+            anythingCutOff = true;
+            Silent()[identity.Get()] = GetTickCount() + kCallAgainAfter;
+        }
+        throw;
+    }
 }
 
 void Keep(ComPtr<IUnknown> object, DesktopWindowPtr window, std::shared_ptr<WindowSink> sink) noexcept {

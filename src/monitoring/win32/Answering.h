@@ -7,11 +7,11 @@
 
 #include <cstdint>
 #include <memory>
+#include <type_traits>
 #include <unordered_map>
 
 #include "monitoring/WatchedDesktop.h"
-#include "runtime/OutOfSight.h"
-#include "runtime/RunTimeError.h"
+#include "monitoring/win32/LongCalls.h"
 #include "runtime/win32/Com.h"
 
 /// Which windows answer, found out without a call to them: a call to a process that hangs never comes back.
@@ -32,24 +32,18 @@ class Servers {
 /// Whether a browser answers, given its identity and, if it is known, its frame window; by the process behind
 /// it otherwise. One that does not is not asked again for a second.
 bool WindowAnswers(IUnknown* identity, HWND frame);
-/// Whether it did not answer just now.
+/// Whether it did not answer just now, or a call to it does not come back.
 bool IsSilent(const void* identity);
 
-/// A call to the browser was cut off.
-void NoteCutOff(IUnknown* browser);
-
+void CallWindowOutOfSight(IUnknown* browser, void (*call)(void*), void* what);
 /// Makes a call to a browser. One that is cut off, since it took too long, marks the browser: for some
-/// seconds it counts as one that does not answer. Throws what the call throws.
+/// seconds it counts as one that does not answer. Throws what the call throws; the error of a call that is
+/// cut off, without calling, as long as an earlier call to the browser does not come back.
 template <class Call>
 void CallWindow(IUnknown* browser, Call&& call) {
-    try {
-        OutOfSight(call);
-    } catch (const RunTimeError& error) {
-        if (error.Number() == RPC_E_CALL_CANCELED) {
-            NoteCutOff(browser);
-        }
-        throw;
-    }
+    CallWindowOutOfSight(
+        browser, [](void* what) { (*static_cast<std::remove_reference_t<Call>*>(what))(); },
+        const_cast<void*>(static_cast<const void*>(std::addressof(call))));
 }
 
 /// Keeps what must not be let go as long as its process hangs: a browser, by its object and, if there is one,

@@ -42,6 +42,7 @@ constexpr std::array<EventRow<ShellEvents>, 2> ShellEvents::kEvents = {
 class ComWalk final : public WindowWalk {
  public:
     explicit ComWalk(IShellWindows& shell) {
+        const CallUnderWay underWay(nullptr);
         ComPtr<IUnknown> windows;
         CallOut([&] { return shell._NewEnum(windows.Put()); });
         m_windows = Query<IEnumVARIANT>(windows.Get());
@@ -50,6 +51,7 @@ class ComWalk final : public WindowWalk {
         }
     }
     bool Next() override {
+        const CallUnderWay underWay(nullptr);
         ULONG fetched = 0;
         HRESULT result = S_OK;
         CallOut([&] { return result = m_windows->Next(1, m_entry.Put(), &fetched); });
@@ -98,6 +100,7 @@ class ComShell final : public ShellConnection {
           m_sink(MakeCom<EventSink<ShellEvents>>(*m_events, DIID_DShellWindowsEvents, ShellEvents::kEvents)) {
         static_assert(ShellEvents::kEvents[0].id == DISPID_WINDOWREGISTERED &&
                       ShellEvents::kEvents[1].id == DISPID_WINDOWREVOKED);
+        const CallUnderWay underWay(nullptr);
         try {
             SetErrorInfo(0, nullptr);
             m_connection = Advise(m_oShell.Get(), DIID_DShellWindowsEvents, m_sink.Get());
@@ -106,7 +109,11 @@ class ComShell final : public ShellConnection {
             throw;
         }
     }
-    ~ComShell() override { m_sink->Detach(); }
+    ~ComShell() override {
+        const CallUnderWay underWay(nullptr);
+        m_sink->Detach();
+        m_connection.Reset();
+    }
 
     std::unique_ptr<WindowWalk> Walk() override {
         // A call may bring about the end of this connection.
@@ -123,20 +130,26 @@ class ComShell final : public ShellConnection {
 
 class ComSink final : public WindowSink {
  public:
-    ComSink(IBrowser& receiver, const ComPtr<IWebBrowser2>& browser) {
+    ComSink(IBrowser& receiver, const ComPtr<IWebBrowser2>& browser) : m_identity(IdentityOf(browser.Get())) {
         m_browser->SetInterFace(ComPtr<IBrowser>(&receiver));
         m_browser->SetBrowser(browser);
+    }
+    ~ComSink() override {
+        const CallUnderWay underWay(m_identity.Get());
+        m_browser->SetBrowser(nullptr);
     }
     /// No more events, and no call either: the other side's hold on the sink is cut.
     void CutOff() noexcept { m_browser->CutOff(); }
 
  private:
+    const ComPtr<IUnknown> m_identity;
     const ComPtr<cBrowser> m_browser = MakeCom<cBrowser>();
 };
 
 }  // namespace
 
 ComPtr<IShellWindows> CreateShellWindows() {
+    const CallUnderWay underWay(nullptr);
     ComPtr<IShellWindows> shell;
     CallOut([&] {
         return CoCreateInstance(CLSID_ShellWindows, nullptr, CLSCTX_INPROC_SERVER | CLSCTX_LOCAL_SERVER,

@@ -1,0 +1,264 @@
+// A browser whose window goes on while a call to it does not come back, beside the unchanged program.
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "HungWindowFixture.h"
+
+namespace kestrelguard::testing {
+namespace {
+
+using desktop::Browser;
+using desktop::Property;
+
+/// The property does not answer.
+class StalledReadTest : public BesideHungWindow, public ::testing::WithParamInterface<Property> {
+ protected:
+    /// Both are watched; then a call to the far one is under way that does not come back.
+    void StartThenStall(const std::string& settings = kSettings) {
+        OpenBoth();
+        Start(settings);
+        ASSERT_EQ(1, Nodes(L"near"));
+        ASSERT_EQ(1, Nodes(L"far"));
+        m_far->Stall(GetParam());
+    }
+    void BringAboutTheCall() {
+        LONG other = 0;
+        if (GetParam() == Property::Hwnd) {
+            desktop::BrowserOptions page = Page(L"other");
+            page.announced = false;
+            other = m_desktop.OpenBrowser(page).Cookie();
+        }
+        const auto tryOnce = [&] {
+            if (GetParam() == Property::Hwnd) {
+                // Nobody waits for what comes of it.
+                m_opened = m_desktop.StartWindowRegistered(other);
+            } else {
+                // Title and address are read by a rebuild of the whole tree.
+                DoubleClickNode(m_guard->Tree(), TreeNodes(m_guard->Tree()).at(0).item);
+            }
+            return m_far->WaitStalled(GetParam(), kToAnswer);
+        };
+        // On a loaded machine the far one may have taken too long to answer, and is left alone for a second.
+        ASSERT_TRUE(WaitUntil(tryOnce));
+    }
+    void ExpectFarWatchedOnce() const {
+        EXPECT_TRUE(WaitUntil([&] { return m_far->FireNewWindow2().cancel; }, kToWatch));
+        EXPECT_EQ(1, m_far->Sinks());
+    }
+    /// That many windows are in the tree.
+    bool WaitWindows(int count) const {
+        return WaitUntil(
+            [&] {
+                int windows = 0;
+                for (const TreeNode& node : TreeNodes(m_guard->Tree())) {
+                    windows += node.depth == 1 ? 1 : 0;
+                }
+                return windows == count;
+            },
+            kToWatch);
+    }
+
+    desktop::PendingEvent m_opened;
+};
+
+TEST_P(StalledReadTest, TheProgramGoesOnAndWatchesItOnceWhenItAnswers) {
+    ASSERT_NO_FATAL_FAILURE(StartThenStall());
+    ASSERT_NO_FATAL_FAILURE(BringAboutTheCall());
+    const int windows = GetParam() == Property::Hwnd ? 3 : 2;
+    ExpectTrayMenu();
+    ExpectAnswers();
+    EXPECT_TRUE(WaitWindows(windows));
+    EXPECT_TRUE(m_near->FireNewWindow2().cancel);
+    for (int round = 1; round <= 2; ++round) {
+        Browser& next = m_desktop.OpenBrowser(Page(L"next"));
+        EXPECT_TRUE(WaitNodes(L"next", 1));
+        EXPECT_TRUE(WaitUntil([&] { return next.Sinks().connected == 1; }, kToWatch));
+        EXPECT_TRUE(next.FireNewWindow2().cancel);
+        EXPECT_EQ(std::to_wstring(1 + round), m_guard->Today());
+        EXPECT_TRUE(WaitWindows(windows + 1));
+        next.Close();
+        EXPECT_TRUE(WaitNodes(L"next", 0));
+        EXPECT_EQ(1, Nodes(L"near"));
+        EXPECT_TRUE(WaitWindows(windows)) << "the far one keeps its node";
+    }
+    ExpectTrayMenu();
+    m_far->LetGo(GetParam());
+    m_desktop.OpenBrowser(Page(L"last"));
+    EXPECT_TRUE(WaitNodes(L"last", 1));
+    ExpectFarWatchedOnce();
+    EXPECT_EQ(L"4", m_guard->Today());
+    EXPECT_TRUE(WaitWindows(windows + 1));
+    EXPECT_TRUE(m_guard->EndsWell());
+    EXPECT_EQ(0, m_far->Sinks());
+}
+
+TEST_P(StalledReadTest, ItsProcessMayEndMeanwhile) {
+    ASSERT_NO_FATAL_FAILURE(StartThenStall());
+    ASSERT_NO_FATAL_FAILURE(BringAboutTheCall());
+    ExpectTrayMenu();
+    m_far->Kill();
+    m_desktop.Withdraw(m_far->Cookie());
+    EXPECT_TRUE(WaitWindows(GetParam() == Property::Hwnd ? 2 : 1));
+    EXPECT_EQ(1, Nodes(L"near"));
+    ExpectAnswers();
+    EXPECT_TRUE(m_near->FireNewWindow2().cancel);
+    EXPECT_EQ(L"1", m_guard->Today());
+    EXPECT_TRUE(m_guard->EndsWell());
+    EXPECT_EQ(0, m_near->Sinks().connected);
+}
+
+TEST_P(StalledReadTest, ExitEndsTheProgramAndWritesEverything) {
+    ASSERT_NO_FATAL_FAILURE(StartThenStall());
+    ASSERT_NO_FATAL_FAILURE(ChangeEverything());
+    ASSERT_NO_FATAL_FAILURE(BringAboutTheCall());
+    ASSERT_TRUE(m_guard->Minimise());
+    EXPECT_TRUE(m_guard->ExitByMenu(kToStartOrEnd));
+    ExpectEverythingWritten();
+    EXPECT_EQ(0, m_near->Sinks().connected);
+    EXPECT_TRUE(WaitTrayIcons(0));
+}
+
+TEST_P(StalledReadTest, TheEndOfTheSessionWritesEverything) {
+    ASSERT_NO_FATAL_FAILURE(StartThenStall());
+    ASSERT_NO_FATAL_FAILURE(ChangeEverything());
+    ASSERT_NO_FATAL_FAILURE(BringAboutTheCall());
+    EndTheSession();
+    ExpectEverythingWritten();
+}
+
+std::string NameOf(const ::testing::TestParamInfo<Property>& with) {
+    switch (with.param) {
+        case Property::Hwnd:
+            return "Hwnd";
+        case Property::LocationName:
+            return "LocationName";
+        case Property::LocationUrl:
+            return "LocationUrl";
+        default:
+            return "Connect";
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Properties, StalledReadTest,
+                         ::testing::Values(Property::Hwnd, Property::LocationName, Property::LocationUrl),
+                         NameOf);
+
+/// The property does not answer when the program starts.
+class StalledStartTest : public StalledReadTest {};
+
+TEST_P(StalledStartTest, AStartShowsTheWindowAndWatchesThoseThatAnswer) {
+    OpenBoth();
+    m_far->Stall(GetParam());
+    const GuardFolder folder{std::string(kSettings)};
+    Guard guard(folder);
+    EXPECT_TRUE(guard.WaitReady(kToStartOrEnd));
+    EXPECT_TRUE(IsWindowVisible(guard.Window()));
+    EXPECT_TRUE(WaitUntil([&] { return m_near->Sinks().connected == 1; }, kToWatch));
+    EXPECT_TRUE(m_near->FireNewWindow2().cancel);
+    EXPECT_EQ(L"1", guard.Today());
+    Browser& next = m_desktop.OpenBrowser(Page(L"next"));
+    EXPECT_TRUE(WaitUntil([&] { return next.Sinks().connected == 1; }, kToWatch));
+    m_far->LetGo(GetParam());
+    ExpectFarWatchedOnce();
+    EXPECT_EQ(L"2", guard.Today());
+    EXPECT_TRUE(guard.Close());
+    EXPECT_EQ(0u, guard.Program().ExitCode());
+}
+
+TEST_P(StalledStartTest, AStartInTheTrayShowsTheIcon) {
+    OpenBoth();
+    m_far->Stall(GetParam());
+    const GuardFolder folder{std::string("MIN/:/:y\r\n")};
+    Guard guard(folder);
+    EXPECT_TRUE(guard.Icon(kToStartOrEnd));
+    EXPECT_TRUE(guard.WaitReady(kToStartOrEnd));
+    ClickTrayIcon(guard.Icon().value(), true);
+    EXPECT_TRUE(guard.Inside().WaitMenu(kToAnswer));
+    EXPECT_TRUE(guard.Inside().CloseMenu(kToAnswer));
+}
+
+INSTANTIATE_TEST_SUITE_P(Properties, StalledStartTest,
+                         ::testing::Values(Property::Hwnd, Property::LocationName, Property::LocationUrl,
+                                           Property::Connect),
+                         NameOf);
+
+/// The call that does not come back is one of an event's handler.
+class StalledHandlerTest : public BesideHungWindow {
+ protected:
+    void ExpectTheOthersWatched() {
+        ExpectAnswers();
+        ExpectTrayMenu();
+        EXPECT_TRUE(m_near->FireNewWindow2().cancel);
+        Browser& next = m_desktop.OpenBrowser(Page(L"next"));
+        EXPECT_TRUE(WaitNodes(L"next", 1));
+        EXPECT_TRUE(WaitUntil([&] { return next.Sinks().connected == 1; }, kToWatch));
+        EXPECT_TRUE(next.FireNewWindow2().cancel);
+        next.Close();
+        EXPECT_TRUE(WaitNodes(L"next", 0));
+        EXPECT_EQ(L"2", m_guard->Today());
+    }
+};
+
+TEST_F(StalledHandlerTest, TheTitleRuleThatCannotReplaceThePage) {
+    OpenBoth();
+    Start();
+    m_far->Stall(Property::Navigate);
+    desktop::PendingEvent title = m_far->StartTitleChange(L"poker night");
+    ASSERT_TRUE(m_far->WaitStalled(Property::Navigate));
+    ExpectTheOthersWatched();
+    m_far->LetGo(Property::Navigate);
+    title.Result();
+    EXPECT_TRUE(m_far->FireNewWindow2().cancel);
+    EXPECT_EQ(L"3", m_guard->Today());
+    EXPECT_TRUE(m_guard->EndsWell());
+}
+
+TEST_F(StalledHandlerTest, TheTitleRuleThatCannotReadTheAddress) {
+    OpenBoth();
+    Start();
+    m_far->Stall(Property::LocationUrl);
+    desktop::PendingEvent title = m_far->StartTitleChange(L"poker night");
+    ASSERT_TRUE(m_far->WaitStalled(Property::LocationUrl));
+    ExpectTheOthersWatched();
+    EXPECT_EQ(1, m_far->Sinks());
+    m_far->LetGo(Property::LocationUrl);
+    title.Result();
+    EXPECT_EQ(1, Nodes(L"poker night"));
+    EXPECT_TRUE(m_guard->EndsWell());
+}
+
+TEST_F(StalledHandlerTest, ANewWindowThatCannotBeListenedTo) {
+    m_near = &m_desktop.OpenBrowser(Page(L"near"));
+    Start();
+    m_far = &m_desktop.OpenRemoteBrowser(OwnFolder() + L"\\browser_host.exe",
+                                         {L"http://far.example/", L"far", true, false});
+    m_far->Stall(Property::Connect);
+    const desktop::PendingEvent announcement = m_desktop.StartWindowRegistered(m_far->Cookie());
+    ASSERT_TRUE(m_far->WaitStalled(Property::Connect));
+    ExpectTheOthersWatched();
+    m_far->LetGo(Property::Connect);
+    EXPECT_TRUE(WaitNodes(L"far", 1));
+    EXPECT_TRUE(m_far->FireNewWindow2().cancel);
+    EXPECT_EQ(1, m_far->Sinks());
+    EXPECT_TRUE(m_guard->EndsWell());
+}
+
+TEST_F(StalledHandlerTest, ANewWindowThatCannotBeShownInTheTree) {
+    m_near = &m_desktop.OpenBrowser(Page(L"near"));
+    Start();
+    m_far = &m_desktop.OpenRemoteBrowser(OwnFolder() + L"\\browser_host.exe",
+                                         {L"http://far.example/", L"far", true, false});
+    m_far->Stall(Property::LocationName);
+    const desktop::PendingEvent announcement = m_desktop.StartWindowRegistered(m_far->Cookie());
+    ASSERT_TRUE(m_far->WaitStalled(Property::LocationName));
+    ExpectTheOthersWatched();
+    EXPECT_TRUE(m_far->FireNewWindow2().cancel);
+    m_far->LetGo(Property::LocationName);
+    EXPECT_TRUE(WaitNodes(L"far", 1));
+    EXPECT_TRUE(m_guard->EndsWell());
+}
+
+}  // namespace
+}  // namespace kestrelguard::testing
