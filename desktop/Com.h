@@ -14,34 +14,8 @@
 
 namespace kestrelguard::desktop {
 
+using kestrelguard::Bstr;
 using kestrelguard::ComPtr;
-
-/// Owns one BSTR.
-class Bstr {
- public:
-    Bstr() noexcept = default;
-    explicit Bstr(std::wstring_view text) noexcept
-        : m_text(SysAllocStringLen(text.data(), static_cast<UINT>(text.size()))) {}
-    Bstr(Bstr&& other) noexcept : m_text(other.Detach()) {}
-    Bstr& operator=(Bstr&& other) noexcept {
-        std::swap(m_text, other.m_text);
-        return *this;
-    }
-    Bstr(const Bstr&) = delete;
-    Bstr& operator=(const Bstr&) = delete;
-    ~Bstr() { SysFreeString(m_text); }
-
-    BSTR Get() const noexcept { return m_text; }
-    BSTR* Put() noexcept {
-        SysFreeString(std::exchange(m_text, nullptr));
-        return &m_text;
-    }
-    BSTR Detach() noexcept { return std::exchange(m_text, nullptr); }
-    std::wstring Text() const { return std::wstring(m_text, SysStringLen(m_text)); }
-
- private:
-    BSTR m_text = nullptr;
-};
 
 /// A VARIANT that clears what it owns. What it points to by reference belongs to somebody else.
 class Variant : public VARIANT {
@@ -63,7 +37,8 @@ class Variant : public VARIANT {
         value.scode = DISP_E_PARAMNOTFOUND;
         return value;
     }
-    static Variant Text(std::wstring_view text) noexcept {
+    /// Throws std::bad_alloc.
+    static Variant Text(std::wstring_view text) {
         Variant value;
         value.vt = VT_BSTR;
         value.bstrVal = Bstr(text).Detach();

@@ -79,8 +79,8 @@ std::wstring ComBrowser::StatusText() const {
     return text.Text();
 }
 
-void ComBrowser::Navigate(const std::wstring& address) {
-    const Bstr url(address);
+template <class Navigation, class Address>
+void ComBrowser::GoTo(Navigation navigation, Address address) const {
     // A null pointer for an omitted argument does not travel to another process.
     Variant flags = Variant::Omitted();
     Variant frame = Variant::Omitted();
@@ -88,22 +88,19 @@ void ComBrowser::Navigate(const std::wstring& address) {
     Variant headers = Variant::Omitted();
     CallWindow(m_browser.Get(), [&] {
         CallOut([&] {
-            return Object().Navigate(url.Get(), &flags.Get(), &frame.Get(), &data.Get(), &headers.Get());
+            return (Object().*navigation)(address, &flags.Get(), &frame.Get(), &data.Get(), &headers.Get());
         });
     });
 }
 
+void ComBrowser::Navigate(const std::wstring& address) {
+    const Bstr url(address);
+    GoTo(&IWebBrowser2::Navigate, url.Get());
+}
+
 void ComBrowser::Navigate2(const std::wstring& address) {
     Variant url(address);
-    Variant flags = Variant::Omitted();
-    Variant frame = Variant::Omitted();
-    Variant data = Variant::Omitted();
-    Variant headers = Variant::Omitted();
-    CallWindow(m_browser.Get(), [&] {
-        CallOut([&] {
-            return Object().Navigate2(&url.Get(), &flags.Get(), &frame.Get(), &data.Get(), &headers.Get());
-        });
-    });
+    GoTo(&IWebBrowser2::Navigate2, &url.Get());
 }
 
 std::vector<ComBrowser> BrowsersIn(const cBrowsers& browsers) {

@@ -45,6 +45,9 @@ class ComBrowser final : public Browser {
     /// Reads from the browser. False when it does not answer, also when that shows only in the call.
     template <class Read>
     bool Tell(Read&& read) const;
+    /// Calls a navigation of the browser with its options left out.
+    template <class Navigation, class Address>
+    void GoTo(Navigation navigation, Address address) const;
 
     ComPtr<IWebBrowser2> m_browser;
     HWND m_frame = nullptr;
