@@ -235,6 +235,12 @@ std::vector<std::string> Hook::LibraryCalls() const {
     return calls;
 }
 
+bool Hook::HoldMinutes() const {
+    const auto request = std::make_unique<hook::Request>();
+    request->operation = hook::Operation::HoldMinutes;
+    return Call(*request);
+}
+
 bool Hook::MakeListsOld() const {
     const auto request = std::make_unique<hook::Request>();
     request->operation = hook::Operation::OldLists;

@@ -107,6 +107,10 @@ class Hook {
     /// What they asked for, the first sixteen; throws std::runtime_error when there were more.
     std::vector<std::string> LibraryCalls() const;
 
+    /// The timers of a minute that the program sets from now on do not tick: a test that sends it minutes can
+    /// count them. False when the program does not import SetTimer.
+    bool HoldMinutes() const;
+
     /// From now on the program's list boxes take no more rows than those of Windows 98, 32,767. False when it
     /// does not import what it takes to fill one.
     bool MakeListsOld() const;

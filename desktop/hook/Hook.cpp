@@ -1,7 +1,7 @@
 // A library that tests put into the program under test, to see there what no other process can see: the items
 // of an open menu, the number of USER and GDI objects, the records given to the notification area, its fonts,
 // the timers that it sets, what it has the shell open and which keys its threads see held, which
-// libraries it loads.
+// libraries it loads; and to hold back its timers of a minute.
 
 #include <windows.h>
 
@@ -32,6 +32,7 @@ std::array<LibraryRecord, Request::kMostCalls> g_libraries;
 volatile LONG g_libraryCount = 0;
 HMODULE(WINAPI* g_loadLibrary)(LPCSTR) = nullptr;
 UINT_PTR(WINAPI* g_setTimer)(HWND, UINT_PTR, UINT, TIMERPROC) = nullptr;
+UINT_PTR(WINAPI* g_setMinuteTimer)(HWND, UINT_PTR, UINT, TIMERPROC) = nullptr;
 HINSTANCE(WINAPI* g_shellExecute)(HWND, LPCSTR, LPCSTR, LPCSTR, LPCSTR, INT) = nullptr;
 LRESULT(WINAPI* g_sendMessage)(HWND, UINT, WPARAM, LPARAM) = nullptr;
 LRESULT(WINAPI* g_callWindowProc)(WNDPROC, HWND, UINT, WPARAM, LPARAM) = nullptr;
@@ -60,6 +61,12 @@ UINT_PTR WINAPI RecordSetTimer(HWND window, UINT_PTR id, UINT milliseconds, TIME
         *record = {window, static_cast<DWORD>(id), milliseconds};
     }
     return g_setTimer(window, id, milliseconds, procedure);
+}
+
+UINT_PTR WINAPI HoldMinuteTimer(HWND window, UINT_PTR id, UINT milliseconds, TIMERPROC procedure) noexcept {
+    constexpr UINT kMinute = 60000;
+    return g_setMinuteTimer(window, id, milliseconds == kMinute ? USER_TIMER_MAXIMUM : milliseconds,
+                            procedure);
 }
 
 template <int size>
@@ -336,6 +343,11 @@ extern "C" __declspec(dllexport) DWORD WINAPI KestrelguardTestHook(void* paramet
         case Operation::RecordCalls:
             if (!RedirectTo(&RecordSetTimer, g_setTimer, "USER32.dll", "SetTimer") ||
                 !RedirectTo(&RecordShellExecute, g_shellExecute, "SHELL32.dll", "ShellExecuteA")) {
+                return 1;
+            }
+            break;
+        case Operation::HoldMinutes:
+            if (!RedirectTo(&HoldMinuteTimer, g_setMinuteTimer, "USER32.dll", "SetTimer")) {
                 return 1;
             }
             break;

@@ -17,6 +17,7 @@ enum class Operation : DWORD {
     KeyState = 9,      ///< what the thread of one of its windows is told about a key, and what lies before it
     RecordLibraries = 10,  ///< write down every LoadLibraryA call from now on
     LibraryRecords = 11,   ///< what was written down
+    HoldMinutes = 12,      ///< timers of a minute, set from now on, do not tick
 };
 
 struct MenuItem {

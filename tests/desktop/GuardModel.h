@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
+#include <cstdlib>
 #include <set>
 #include <string>
 #include <vector>
@@ -34,6 +36,7 @@ struct GuardModel {
 
     Settings now;
     Settings stored;
+    bool hasFile = false;
     std::set<std::string> keywordSet;
     bool keywordsEdited = false;
     bool apply = false;
@@ -42,6 +45,19 @@ struct GuardModel {
     std::string labelToday;
     std::string labelTotal;
     std::vector<Node> nodes;
+
+    // The automatic wash.
+    long washMinutes = 60;
+    long washTicks = 0;
+    bool timer = false;
+    // What the browser has left behind. One cookie is always there: it is saved.
+    bool page = false;
+    bool cookie = false;
+    bool visited = false;
+
+    // The icon's tip: what the next message of the icon would send, and what one has sent last.
+    std::string tip;
+    std::string sentTip;
 
     static std::vector<std::string> Split(const std::string& text) {
         std::vector<std::string> pieces(1);
@@ -72,7 +88,10 @@ struct GuardModel {
                "\r\nUSE/:/:" + std::to_string(stored.uses) + "\r\nPST/:/:" + std::to_string(stored.total) +
                "\r\n";
     }
-    void Write() { stored = now; }
+    void Write() {
+        stored = now;
+        hasFile = true;
+    }
     /// Only ever checks boxes and adds rows and keywords.
     void Read() {
         now.mode = stored.mode;
@@ -89,27 +108,35 @@ struct GuardModel {
             now.keywords = stored.keywords;
             keywordSet.insert(pieces.begin(), pieces.end());
         }
-        now.interval = stored.interval;
+        // Kept: rounded before it is multiplied.
+        const bool numeric = IsNumber(stored.interval);
+        now.interval = numeric ? stored.interval : "60";
         now.unit = stored.unit;
+        washMinutes = std::lrint(NumberIn(now.interval)) * MinutesOf(now.unit);
         now.uses = stored.uses + 1;
         now.total = stored.total;
     }
 
     // --- what a user does
 
-    /// A start in a folder with the stored settings; none have been stored before the first one.
-    void Start(bool first) {
+    /// A start in a folder with the stored settings, if there are any.
+    void Start() {
         now = {};
         keywordSet.clear();
         keywordsEdited = false;
         today = 0;
-        if (first) {
-            Write();
-        } else {
+        washMinutes = 60;
+        washTicks = 0;
+        sentTip.clear();
+        if (hasFile) {
             Read();
+        } else {
+            Write();
         }
         icon = now.minimised;
         apply = false;
+        timer = now.boxes[5];
+        tip = TipText();
         ShowCounters();
         Rebuild();
     }
@@ -122,6 +149,7 @@ struct GuardModel {
         }
         Write();
         apply = false;
+        timer = now.boxes[5];
     }
     void Cancel() {
         if (apply) {
@@ -164,6 +192,69 @@ struct GuardModel {
         ++now.total;
         ++today;
         ShowCounters();
+        tip = TipText();
+    }
+
+    // --- the icon
+
+    std::string TipText() const {
+        const std::string start = " Kestrelguard v2 - ";
+        return now.mode == 0   ? start + "Preventing Popups: " + std::to_string(today)
+               : now.mode == 1 ? start + "Prompting for Popups: " + std::to_string(today)
+                               : start + "Allowing Popups.";
+    }
+    /// The pointer moves over the icon.
+    void PointAtIcon() {
+        // Kept: a tip that has been sent stays, even where the mode has been changed on the settings page.
+        if (icon && tip != sentTip) {
+            tip = now.mode == 0 ? tip : TipText();
+            sentTip = tip;
+        }
+    }
+    void PreventOrAllow() {
+        now.mode = now.mode == 0 ? 2 : 0;
+        tip = TipText();
+    }
+
+    // --- the automatic wash
+
+    static bool IsNumber(const std::string& text) {
+        return !text.empty() && text.find_first_not_of("0123456789.") == std::string::npos;
+    }
+    static double NumberIn(const std::string& text) { return std::strtod(text.c_str(), nullptr); }
+    static long MinutesOf(char unit) { return unit == 'D' ? 1440 : unit == 'H' ? 60 : 1; }
+
+    void UpdateWash() {
+        washMinutes = std::lrint(NumberIn(now.interval) * static_cast<double>(MinutesOf(now.unit)));
+        apply = true;
+    }
+    void TypeInterval(const std::string& text) {
+        now.interval = text;
+        // Kept: compared with the minutes, whatever the unit.
+        if (IsNumber(text) && NumberIn(text) != static_cast<double>(washMinutes)) {
+            UpdateWash();
+        }
+    }
+    void ChooseUnit(char unit) {
+        now.unit = unit;
+        UpdateWash();
+    }
+    /// A minute passes.
+    void Tick() {
+        if (!timer || ++washTicks < washMinutes) {
+            return;
+        }
+        washTicks = 0;
+        timer = now.boxes[5];
+        if (timer) {
+            page = page && !now.boxes[2];
+            visited = visited && !now.boxes[3];
+            cookie = cookie && !now.boxes[4];
+        }
+    }
+    std::string Traces() const {
+        return std::string(page ? "page " : "") + (cookie ? "cookie " : "") + "saved" +
+               (visited ? " history" : "");
     }
 };
 

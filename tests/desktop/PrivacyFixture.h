@@ -2,20 +2,14 @@
 
 #include <windows.h>
 
-#include <objbase.h>
-#include <shlguid.h>
-#include <urlhist.h>
-
 #include <algorithm>
 #include <memory>
-#include <sstream>
 #include <string>
 #include <vector>
 
+#include "BrowserTraces.h"
 #include "DesktopTest.h"
-#include "desktop/Com.h"
 #include "desktop/driver/CacheFiller.h"
-#include "desktop/driver/StandInLibraries.h"
 
 namespace kestrelguard::testing {
 
@@ -23,9 +17,6 @@ using Texts = std::vector<std::string>;
 using WideTexts = std::vector<std::wstring>;
 
 inline constexpr wchar_t kScheduleBox[] = L"Clear Automatically every";
-inline constexpr wchar_t kHistoryFile[] = L"C:\\history.txt";
-inline constexpr char kHeader[] = "'#\r\n'#\r\n'#\r\n'#\r\n";
-inline constexpr UINT_PTR kWasherTimer = 1;
 
 /// A setting of the stand-in's libraries that holds for programs started meanwhile.
 class StandInSetting {
@@ -41,30 +32,10 @@ class StandInSetting {
     const wchar_t* m_name;
 };
 
-inline Texts Lines(const std::string& text) {
-    Texts lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);) {
-        if (!line.empty() && line.back() == '\r') {
-            line.pop_back();
-        }
-        lines.push_back(line);
-    }
-    return lines;
-}
-
 class PrivacyTest : public OneGuardTest {
  protected:
     /// The program binds to the stand-in's wininet.dll in its own folder, and finds the stand-in's history.
-    static void SetUpTestSuite() {
-        ASSERT_TRUE(BindToOwnWinInet());
-        const HMODULE library = LoadLibraryW((OwnFolder() + L"\\url_history.dll").c_str());
-        ASSERT_NE(nullptr, library);
-        const auto registration = reinterpret_cast<HRESULT(WINAPI*)()>(
-            reinterpret_cast<void*>(GetProcAddress(library, "DllRegisterServer")));
-        ASSERT_NE(nullptr, registration);
-        ASSERT_EQ(S_OK, registration());
-    }
+    static void SetUpTestSuite() { ASSERT_TRUE(UseStandInLibraries()); }
 
     PrivacyTest() {
         CacheFiller::Empty();
@@ -137,15 +108,7 @@ class PrivacyTest : public OneGuardTest {
         m_page = CacheFiller::Add("http://news.example/index.html", "a page");
         m_cookie = CacheFiller::Add("Cookie:jane@news.example/", "a cookie");
     }
-    static void VisitPages() {
-        desktop::ComPtr<IUrlHistoryStg2> history;
-        ASSERT_EQ(S_OK, CoCreateInstance(CLSID_CUrlHistory, nullptr, CLSCTX_INPROC_SERVER,
-                                         IID_IUrlHistoryStg2, history.PutVoid()));
-        for (const wchar_t* const address : {L"http://news.example/", L"http://shop.example/"}) {
-            ASSERT_EQ(S_OK, history->AddUrl(address, L"A page", 0));
-        }
-    }
-    static std::size_t Visited() { return Lines(ReadBytes(kHistoryFile)).size(); }
+    static void VisitPages() { ASSERT_TRUE(VisitTwoPages()); }
 
     // The cache window.
     HWND CacheWindow() const {

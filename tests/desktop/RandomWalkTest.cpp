@@ -8,26 +8,25 @@
 
 #include <gtest/gtest.h>
 
-#include "WalkedDesktop.h"
+#include "WalkedCleaning.h"
 #include "app/win32/ControlIds.h"
 #include "desktop/driver/LongRun.h"
 
 namespace kestrelguard::testing {
 namespace {
 
-using desktop::Browser;
 using desktop::EventCall;
 using desktop::EventResult;
 using desktop::PendingEvent;
 
-class Walk : private WalkedDesktop {
+class Walk : private WalkedCleaning {
  public:
-    explicit Walk(unsigned seed, bool loud) : WalkedDesktop(seed), m_loud(loud) {
+    explicit Walk(unsigned seed, bool loud) : WalkedCleaning(seed), m_loud(loud) {
         for (unsigned i = 0; i < Pick(3); ++i) {
             Open();
         }
-        m_folder = std::make_unique<GuardFolder>();
-        StartAgain(true);
+        PrepareFolder();
+        StartAgain();
     }
 
     /// One step; what is wrong after it, empty when nothing is.
@@ -60,7 +59,11 @@ class Walk : private WalkedDesktop {
             {4, "a choice from the tray menu", &Walk::TrayMenu},
             {3, "a choice from the tree's menu", &Walk::TreeMenu},
             {2, "the cache window opens and closes", &Walk::CacheWindow},
-            {2, "the cache is cleared", &Walk::Clear},
+            {3, "something is cleared", &Walk::Clear},
+            {6, "the browser leaves something behind", &Walk::Browse},
+            {14, "minutes pass", &Walk::Minutes},
+            {4, "the interval is edited", &Walk::Interval},
+            {4, "a choice of a unit", &Walk::Unit},
             {1, "the program ends and starts", &Walk::Restart},
             {1, "the program is killed and starts", &Walk::KillAndRestart},
         };
@@ -80,8 +83,13 @@ class Walk : private WalkedDesktop {
         if (m_loud) {
             std::printf("  %s\n", m_what.c_str());
         }
+        m_model.PointAtIcon();
         std::string difference;
-        if (!WaitUntil([&] { return (difference = Difference()).empty(); }, 15000)) {
+        const auto agrees = [&] {
+            PointAtIcon();
+            return (difference = Difference()).empty();
+        };
+        if (!WaitUntil(agrees, 15000)) {
             m_problem += difference;
         }
         return m_problem.empty() ? std::string() : m_what + ": " + m_problem;
@@ -261,6 +269,8 @@ class Walk : private WalkedDesktop {
             return;
         }
         static constexpr std::size_t kPrevent = 2;
+        static constexpr std::size_t kClearCache = 3;
+        static constexpr std::size_t kClearCookies = 4;
         static constexpr std::size_t kShow = 5;
         const OpenMenu menu = m_guard->OpenTrayMenu();
         if (menu.entries.size() != 8) {
@@ -273,7 +283,11 @@ class Walk : private WalkedDesktop {
         const std::size_t choice = kPrevent + Pick(kShow - kPrevent + 1);
         Say(std::to_string(choice));
         if (choice == kPrevent) {
-            m_model.now.mode = m_model.now.mode == 0 ? 2 : 0;
+            m_model.PreventOrAllow();
+        } else if (choice == kClearCache) {
+            m_model.page = false;
+        } else if (choice == kClearCookies) {
+            m_model.cookie = false;
         } else if (choice == kShow) {
             m_model.icon = false;
         }
@@ -313,23 +327,13 @@ class Walk : private WalkedDesktop {
         Rebuild();
         DoubleClickNode(m_guard->Tree(), TreeNodes(m_guard->Tree()).at(0).item);
     }
-    void CacheWindow() {
-        Click(Control(kShowIEC));
-        const HWND window = WaitTop(m_guard->Program().Id(), [](HWND top) {
-            return ClassOf(top) == L"KG_Cache" && IsWindowVisible(top);
-        });
-        Expect(window != nullptr, "no cache window");
-        PostMessageW(window, WM_CLOSE, 0, 0);
-        Expect(WaitUntil([&] { return !IsWindow(window); }), "the cache window stays");
-    }
-    void Clear() { Press(Pick<int>({kClearIEC, kClearIECookies})); }
 
     // --- its life
 
-    void StartAgain(bool first = false) {
-        m_guard = std::make_unique<Guard>(*m_folder);
+    void StartAgain() {
+        m_guard = std::make_unique<Guard>(*m_folder, Prepare);
         Expect(m_guard->WaitReady(), "does not start");
-        m_model.Start(first);
+        m_model.Start();
         Rebuild();
     }
     void Leave() {
@@ -360,6 +364,7 @@ class Walk : private WalkedDesktop {
 };
 
 TEST(RandomWalkTest, TheProgramDoesWhatTheModelSays) {
+    ASSERT_TRUE(UseStandInLibraries());
     const unsigned one = FromEnvironment("KESTRELGUARD_SEED", 0);
     const unsigned first = one != 0 ? one : 1;
     const unsigned last = one != 0 ? one : LongRun() ? 400 : 3;

@@ -6,9 +6,11 @@
 #include <string>
 #include <vector>
 
+#include "BrowserTraces.h"
 #include "GuardModel.h"
 #include "app/win32/ControlIds.h"
 #include "desktop/Desktop.h"
+#include "desktop/driver/CacheFiller.h"
 #include "desktop/driver/Guard.h"
 
 namespace kestrelguard::testing {
@@ -20,8 +22,20 @@ inline std::wstring Wide(const std::string& text) {
 /// The program on a random walk, its browsers, the model beside it, and where they differ.
 class WalkedProgram {
  protected:
+    WalkedProgram() {
+        CacheFiller::Empty();
+        DeleteFileW(kHistoryFile);
+        m_saved = CacheFiller::Add("Cookie:jane@bank.example/", "a saved cookie");
+    }
+    ~WalkedProgram() {
+        m_guard.reset();
+        CacheFiller::Empty();
+    }
+    WalkedProgram(const WalkedProgram&) = delete;
+    WalkedProgram& operator=(const WalkedProgram&) = delete;
+
     using Browser = desktop::Browser;
-    using Lines = std::vector<std::wstring>;
+    using Texts = std::vector<std::wstring>;
 
     struct Page {
         Browser* browser = nullptr;
@@ -55,13 +69,26 @@ class WalkedProgram {
         const std::string found = start == std::string::npos ? file : file.substr(start);
         return found == m_model.File() ? "" : "the file holds\n" + found + "instead of\n" + m_model.File();
     }
-    Lines ExpectedTree() const {
-        Lines lines{L"Windows Browsers (" + std::to_wstring(m_pages.size()) + L")"};
+    Texts ExpectedTree() const {
+        Texts lines{L"Windows Browsers (" + std::to_wstring(m_pages.size()) + L")"};
         for (const GuardModel::Node& node : m_model.nodes) {
             lines.insert(lines.end(), {node.atRebuild ? L"  Browser " : L"  Browser",
                                        L"    Title : " + node.title, L"    URL : " + node.url});
         }
         return lines;
+    }
+    /// What the browser has left behind and nobody has cleared.
+    std::string Traces() const {
+        return std::string(kestrelguard::FileExists(m_page) ? "page " : "") +
+               (kestrelguard::FileExists(m_cookie) ? "cookie " : "") +
+               (kestrelguard::FileExists(m_saved) ? "saved" : "") + (Visited() != 0 ? " history" : "");
+    }
+    /// Moves the pointer over the icon: whether a real move comes as well, or none, the tip is as it is after
+    /// one.
+    void PointAtIcon() {
+        if (m_guard->Minimised()) {
+            Ask(m_guard->Window(), WM_MOUSEMOVE, 1, WM_MOUSEMOVE);
+        }
     }
     std::string Difference() const {
         const auto differs = [](const std::string& what, const auto& found, const auto& expected) {
@@ -76,6 +103,24 @@ class WalkedProgram {
         }
         if (m_guard->Minimised() != m_model.icon) {
             return differs("minimised", m_guard->Minimised(), m_model.icon);
+        }
+        Texts tips;
+        for (const TrayIcon& icon : TrayIcons()) {
+            tips.push_back(icon.tip);
+        }
+        const Texts expectedTips = m_model.icon ? Texts{Wide(m_model.tip)} : Texts{};
+        if (tips != expectedTips) {
+            return differs("tips of icons", tips, expectedTips);
+        }
+        if (Traces() != m_model.Traces()) {
+            return differs("left in the cache and the history", Traces(), m_model.Traces());
+        }
+        if (TextOf(Control(kWash_F)) != Wide(m_model.now.interval)) {
+            return differs("interval", TextOf(Control(kWash_F)), m_model.now.interval);
+        }
+        if (TextOf(Control(kWash_CMB)).substr(0, 1) !=
+            std::wstring(1, static_cast<wchar_t>(m_model.now.unit))) {
+            return differs("unit", TextOf(Control(kWash_CMB)), m_model.now.unit);
         }
         if (m_guard->Mode() != m_model.now.mode) {
             return differs("mode", m_guard->Mode(), m_model.now.mode);
@@ -118,6 +163,10 @@ class WalkedProgram {
     std::vector<Page> m_pages;
     std::string m_what;
     std::string m_problem;
+    // The files behind the entries of the cache.
+    std::string m_page;
+    std::string m_cookie;
+    std::string m_saved;
 };
 
 }  // namespace kestrelguard::testing
