@@ -16,7 +16,8 @@ bool Watch() {
         LoadLibraryA(library);
     }
     CoInitialize(nullptr);
-    return kestrelguard::bench::ListenToAll(true) >= 0;
+    static kestrelguard::bench::NullListener sink;
+    return kestrelguard::bench::ListenToAll(sink, true) >= 0;
 }
 
 }  // namespace

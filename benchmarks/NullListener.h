@@ -16,7 +16,7 @@ using desktop::ComPtr;
 using desktop::Variant;
 
 /// A sink that does nothing.
-class NullListener final : public IDispatch {
+class NullListener : public IDispatch {
  public:
     virtual ~NullListener() = default;
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) noexcept override {
@@ -56,10 +56,9 @@ inline bool ReadOnce(IWebBrowser2& browser) {
     return read;
 }
 
-/// Listens to every listed browser for the rest of the program's life; with `read`, reads what a tree of
-/// browsers shows, too. Answers how many there are; -1 when one of them refuses.
-inline int ListenToAll(bool read) {
-    static NullListener sink;
+/// Listens to every listed browser for the rest of the program's life, with a sink that lives as long; with
+/// `read`, reads what a tree of browsers shows, too. Answers how many there are; -1 when one of them refuses.
+inline int ListenToAll(NullListener& sink, bool read) {
     ComPtr<IShellWindows> shell;
     ComPtr<IUnknown> windows;
     if (FAILED(CoCreateInstance(CLSID_ShellWindows, nullptr, CLSCTX_ALL, __uuidof(IShellWindows),

@@ -11,7 +11,8 @@
 
 int main() {
     CoInitialize(nullptr);
-    std::printf("listening %d\n", kestrelguard::bench::ListenToAll(false));
+    static kestrelguard::bench::NullListener sink;
+    std::printf("listening %d\n", kestrelguard::bench::ListenToAll(sink, false));
     std::fflush(stdout);
     MSG message = {};
     while (GetMessageW(&message, nullptr, 0, 0) > 0) {
