@@ -195,7 +195,17 @@ HeldKeys::HeldKeys(Guard& guard, std::vector<BYTE> keys) : m_guard(guard), m_key
     for (const BYTE key : m_keys) {
         m_pressed.push_back(std::make_unique<HeldKey>(key));
     }
-    if (!WaitUntil([this] { return AllSeen(true); })) {
+    const auto seen = [this] {
+        if (AllSeen(true)) {
+            return true;
+        }
+        // Wine lets go of them when a window gets the focus: no real keyboard holds them.
+        for (const auto& key : m_pressed) {
+            key->Repeat();
+        }
+        return false;
+    };
+    if (!WaitUntil(seen)) {
         throw std::runtime_error("the program does not see the keys that are held");
     }
 }

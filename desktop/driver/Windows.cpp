@@ -152,6 +152,10 @@ void PostDoubleClick(HWND window, POINT point) {
 }
 
 HeldKey::HeldKey(BYTE key) : m_key(key) {
+    Repeat();
+}
+
+void HeldKey::Repeat() const {
     keybd_event(m_key, 0, 0, 0);
 }
 

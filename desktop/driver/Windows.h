@@ -68,6 +68,8 @@ class HeldKey {
     ~HeldKey();
     HeldKey(const HeldKey&) = delete;
     HeldKey& operator=(const HeldKey&) = delete;
+    /// Once more, as a key that is held does.
+    void Repeat() const;
 
  private:
     BYTE m_key;

@@ -136,6 +136,10 @@ std::string NameOf(const ::testing::TestParamInfo<Property>& with) {
             return "LocationName";
         case Property::LocationUrl:
             return "LocationUrl";
+        case Property::StatusText:
+            return "StatusText";
+        case Property::Navigate:
+            return "Navigate";
         default:
             return "Connect";
     }
@@ -228,6 +232,30 @@ TEST_F(StalledHandlerTest, TheTitleRuleThatCannotReadTheAddress) {
     EXPECT_EQ(1, Nodes(L"poker night"));
     EXPECT_TRUE(m_guard->EndsWell());
 }
+
+/// With both keys held a new window opens in the same one: its address is read from the status bar and gone
+/// to.
+class StalledLinkTest : public StalledHandlerTest, public ::testing::WithParamInterface<Property> {};
+
+TEST_P(StalledLinkTest, ALinkThatCannotBeFollowed) {
+    OpenBoth();
+    Start();
+    m_far->Stall(GetParam());
+    desktop::PendingEvent popup = [&] {
+        const HeldKeys keys(*m_guard, {VK_CONTROL, VK_SHIFT});
+        desktop::PendingEvent started = m_far->StartNewWindow2();
+        EXPECT_TRUE(m_far->WaitStalled(GetParam()));
+        return started;
+    }();
+    ExpectTheOthersWatched();
+    m_far->LetGo(GetParam());
+    EXPECT_TRUE(popup.Result().cancel);
+    EXPECT_EQ(L"2", m_guard->Today()) << "the link itself is no popup";
+    EXPECT_TRUE(m_guard->EndsWell());
+}
+
+INSTANTIATE_TEST_SUITE_P(Properties, StalledLinkTest,
+                         ::testing::Values(Property::StatusText, Property::Navigate), NameOf);
 
 TEST_F(StalledHandlerTest, ANewWindowThatCannotBeListenedTo) {
     m_near = &m_desktop.OpenBrowser(Page(L"near"));
