@@ -55,6 +55,15 @@ void KeyedSinks::Wake(const DesktopWindowPtr& window) {
     m_resting.erase(resting);
 }
 
+void KeyedSinks::ReleaseResting(const DesktopWindow& window) noexcept {
+    const auto resting = std::find_if(m_resting.begin(), m_resting.end(), IsOn(window.Identity()));
+    if (resting != m_resting.end()) {
+        // Its end lets other calls in: they do not find it any more.
+        const Sink released = std::move(*resting);
+        m_resting.erase(resting);
+    }
+}
+
 std::vector<KeyedSinks::Sink> KeyedSinks::TakeResting() noexcept {
     return std::exchange(m_resting, {});
 }

@@ -32,6 +32,8 @@ class KeyedSinks {
     bool Rests(const DesktopWindowPtr& window) const;
     /// Puts the resting sink on the window behind the others, under a key of its handle.
     void Wake(const DesktopWindowPtr& window);
+    /// Lets the sink go that rests on the window, if there is one. Calls out.
+    void ReleaseResting(const DesktopWindow& window) noexcept;
     /// Takes those that rest away.
     std::vector<Sink> TakeResting() noexcept;
 

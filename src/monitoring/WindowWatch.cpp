@@ -185,6 +185,10 @@ void WindowWatch::WatchWindows(ShellConnection& shell, ReadHandles& handles) {
         if (outcome == Outcome::kFailed) {
             continue;
         }
+        if (outcome == Outcome::kDone && window) {
+            // It answers again: with two sinks it would tell each event twice.
+            m_sinks.ReleaseResting(*window);
+        }
         std::shared_ptr<WindowSink> sink;
         if (outcome == Outcome::kDone && !m_closed) {
             outcome = step([&] { sink = m_desktop->Listen(window); }, answers);

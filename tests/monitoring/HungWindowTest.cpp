@@ -60,6 +60,36 @@ TEST_F(HungWindowTest, OthersComeAndGoAndItKeepsItsPlace) {
     }
 }
 
+TEST_F(HungWindowTest, OneThatAnswersInTheMidstOfARebuildNeverHasTwoSinks) {
+    bool answered = true;
+    for (int place = 0; answered; ++place) {
+        SCOPED_TRACE(place);
+        Desktop desk;
+        Monitored watched(desk);
+        for (int i = 1; i <= 3; ++i) {
+            desk.Add(i);
+        }
+        watched.On();
+        WindowState& window = *desk.Windows()[1];
+        window.hung = true;
+        answered = false;
+        desk.places = 0;
+        desk.inCall = [&](int at) {
+            if (at == place) {
+                answered = true;
+                window.hung = false;
+            }
+            EXPECT_LE(window.sinks, 1);
+        };
+        watched.Open();
+        desk.inCall = nullptr;
+        EXPECT_EQ(1, window.sinks);
+        EXPECT_TRUE(desk.parked.empty());
+        EXPECT_EQ((std::vector<int>{1, 2, 3, 4}), watched.ListedNumbers());
+        window.hung = false;
+    }
+}
+
 TEST_F(HungWindowTest, AStartBesideItWatchesTheOthers) {
     desktop.Add(9)->hung = true;
     Watch(2);
