@@ -83,9 +83,10 @@ Spread RatioOf(const Values& of, const Values& to) {
     return {ratios[last / 4], ratios[ratios.size() / 2], ratios[last - last / 4]};
 }
 
-std::vector<Values> Turns(std::size_t rounds, const std::vector<std::function<double()>>& competitors) {
+std::vector<Values> Turns(std::size_t rounds, const std::vector<std::function<double()>>& competitors,
+                          FirstTurn first) {
     std::vector<Values> values(competitors.size());
-    for (std::size_t round = 0; round <= rounds; ++round) {
+    for (std::size_t round = first == FirstTurn::Counted ? 1 : 0; round <= rounds; ++round) {
         for (std::size_t turn = 0; turn < competitors.size(); ++turn) {
             const std::size_t competitor = (turn + round) % competitors.size();
             const double value = competitors[competitor]();

@@ -31,9 +31,11 @@ struct Spread {
 };
 Spread RatioOf(const Values& of, const Values& to);
 
-/// Runs all competitors in turn, so many times, after one turn that is not counted. Nobody always comes
-/// first.
-std::vector<Values> Turns(std::size_t rounds, const std::vector<std::function<double()>>& competitors);
+enum class FirstTurn { NotCounted, Counted };
+/// Runs all competitors in turn, so many times, after one turn that is not counted: what takes many seconds
+/// does without that one. Nobody always comes first.
+std::vector<Values> Turns(std::size_t rounds, const std::vector<std::function<double()>>& competitors,
+                          FirstTurn first = FirstTurn::NotCounted);
 
 /// What every benchmark takes from its command line. An unknown option ends the program.
 struct Options {
