@@ -95,6 +95,28 @@ Browser& StandInDesktop::OpenBrowser(BrowserOptions options) {
 }
 
 RemoteBrowser& StandInDesktop::OpenRemoteBrowser(const std::wstring& host, RemoteOptions options) {
+    // Once in some hundred times Wine finds no browser in what a new process has registered, however often
+    // it is asked. No listener has been told of that one, and another one takes its place.
+    for (int tries = 0; tries < 5; ++tries) {
+        kestrelguard::Handle process;
+        const auto arrival = StartHost(host, options, process);
+        if (arrival->browser) {
+            auto owned =
+                std::make_unique<RemoteBrowser>(std::move(process), arrival->browser, arrival->cookie);
+            RemoteBrowser& browser = *owned;
+            const Hold hold(m_lock);
+            m_remoteBrowsers.push_back(std::move(owned));
+            return browser;
+        }
+        TerminateProcess(process.Get(), 9);
+        m_list->Remove(arrival->cookie);
+    }
+    throw std::runtime_error("what the browser host registers is no browser");
+}
+
+std::shared_ptr<StandInDesktop::Arrival> StandInDesktop::StartHost(const std::wstring& host,
+                                                                   const RemoteOptions& options,
+                                                                   kestrelguard::Handle& process) {
     std::wstring command = L"\"" + host + L"\" \"" + options.url + L"\" \"" + options.title + L"\"" +
                            (options.dressed ? L" dressed" : L"");
     STARTUPINFOW startup{};
@@ -104,7 +126,7 @@ RemoteBrowser& StandInDesktop::OpenRemoteBrowser(const std::wstring& host, Remot
                         nullptr, &startup, &started)) {
         throw std::runtime_error("the browser host cannot be started");
     }
-    kestrelguard::Handle process(started.hProcess);
+    process = kestrelguard::Handle(started.hProcess);
     const kestrelguard::Handle thread(started.hThread);
     const auto arrival = std::make_shared<Arrival>();
     arrival->announced = options.announced;
@@ -117,12 +139,7 @@ RemoteBrowser& StandInDesktop::OpenRemoteBrowser(const std::wstring& host, Remot
         TerminateProcess(process.Get(), 9);
         throw std::runtime_error("the browser host did not register");
     }
-    auto owned = std::make_unique<RemoteBrowser>(std::move(process), arrival->object.As<IWebBrowser2>(),
-                                                 arrival->cookie);
-    RemoteBrowser& browser = *owned;
-    const Hold hold(m_lock);
-    m_remoteBrowsers.push_back(std::move(owned));
-    return browser;
+    return arrival;
 }
 
 void StandInDesktop::Registered(DWORD process, ComPtr<IDispatch> object, LONG cookie) {
@@ -133,12 +150,14 @@ void StandInDesktop::Registered(DWORD process, ComPtr<IDispatch> object, LONG co
             arrival = node.mapped();
         }
     }
+    bool announced = true;
     if (arrival) {
-        arrival->object = std::move(object);
+        arrival->browser = object.As<IWebBrowser2>();
+        announced = arrival->announced && arrival->browser;
         arrival->cookie = cookie;
         arrival->signal.Set();
     }
-    if (!arrival || arrival->announced) {
+    if (announced) {
         FireWindowRegistered(cookie);
     }
 }

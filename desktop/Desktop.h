@@ -212,10 +212,14 @@ class StandInDesktop final : private BrowserOwner {
     /// A browser host that was started and has not registered yet.
     struct Arrival {
         bool announced = true;
-        ComPtr<IDispatch> object;
+        /// Null when what has registered is none.
+        ComPtr<IWebBrowser2> browser;
         LONG cookie = 0;
         Signal signal;
     };
+    /// Starts a host and waits until it has registered. Throws std::runtime_error.
+    std::shared_ptr<Arrival> StartHost(const std::wstring& host, const RemoteOptions& options,
+                                       kestrelguard::Handle& process);
 
     Apartment m_apartment;
     KeptInterfaces m_keptInterfaces;
