@@ -224,6 +224,7 @@ void LookingUp(Report& report, std::size_t rounds) {
 /// As many rows as the list takes, from an enumeration out of memory: what the list adds to the walk.
 void Filling(Report& report, std::size_t rounds) {
     std::vector<std::string> addresses;
+    addresses.reserve(kMostRows);
     for (int number = 0; number < kMostRows; ++number) {
         addresses.push_back(AddressOf(number));
     }

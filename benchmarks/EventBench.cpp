@@ -23,7 +23,6 @@ namespace kestrelguard::bench {
 namespace {
 
 using desktop::Browser;
-using desktop::ComPtr;
 using desktop::EventCall;
 using desktop::StandInDesktop;
 using testing::Guard;
@@ -167,13 +166,13 @@ void Measure(Road& road, Report& report, const Options& options, Where where) {
         int reads = 0;
     };
     struct Event {
-        std::string what;
-        bool cancelled;
         double goal;
         /// What the sink that does the least does then; null when it does nothing either.
         const char* least;
+        std::string what;
         std::function<EventCall(std::size_t)> make;
         Measured measured;
+        bool cancelled;
     };
     const auto navigation = [&road](const std::string& address) {
         return EventCall::BeforeNavigate2(road.TheBrowser().Dispatch(),
@@ -182,30 +181,31 @@ void Measure(Road& road, Report& report, const Options& options, Where where) {
     constexpr const char* kShows = "a sink that only puts the address into a tree";
     // Another address each time: what the tree shows changes.
     Event all[] = {
-        {"an event on which nobody acts",
-         false,
-         Report::kNoGoal,
-         nullptr,
-         [](std::size_t) { return EventCall::DownloadBegin(); },
-         {}},
-        {"a cancelled popup",
-         true,
-         goal,
-         "a sink that only asks for the keys and sets two labels",
-         [](std::size_t) { return EventCall::NewWindow2(); },
-         {}},
-        {"a navigation let through, 100000 sites",
-         false,
-         Report::kNoGoal,
-         kShows,
-         [&](std::size_t event) { return navigation("HTTP://9.9.9.9/" + std::to_string(event)); },
-         {}},
-        {"a navigation blocked by the last of 100000 sites",
-         true,
-         goal,
-         kShows,
-         [&](std::size_t event) { return navigation("HTTP://" + last + "/" + std::to_string(event)); },
-         {}},
+        {.goal = Report::kNoGoal,
+         .least = nullptr,
+         .what = "an event on which nobody acts",
+         .make = [](std::size_t) { return EventCall::DownloadBegin(); },
+         .measured = {},
+         .cancelled = false},
+        {.goal = goal,
+         .least = "a sink that only asks for the keys and sets two labels",
+         .what = "a cancelled popup",
+         .make = [](std::size_t) { return EventCall::NewWindow2(); },
+         .measured = {},
+         .cancelled = true},
+        {.goal = Report::kNoGoal,
+         .least = kShows,
+         .what = "a navigation let through, 100000 sites",
+         .make = [&](std::size_t event) { return navigation("HTTP://9.9.9.9/" + std::to_string(event)); },
+         .measured = {},
+         .cancelled = false},
+        {.goal = goal,
+         .least = kShows,
+         .what = "a navigation blocked by the last of 100000 sites",
+         .make =
+             [&](std::size_t event) { return navigation("HTTP://" + last + "/" + std::to_string(event)); },
+         .measured = {},
+         .cancelled = true},
     };
     for (std::size_t round = 0; round <= rounds; ++round) {
         for (Event& event : all) {
