@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <ranges>
 #include <utility>
 
 #include "runtime/Numbers.h"
@@ -82,8 +81,10 @@ std::vector<KeyedSinks::Sink> KeyedSinks::All() const {
 }
 
 std::vector<std::wstring> KeyedSinks::Keys() const {
-    const auto keys = m_colBrowsers | std::views::transform(&Sink::key);
-    return {keys.begin(), keys.end()};
+    std::vector<std::wstring> keys(m_colBrowsers.Count());
+    std::transform(m_colBrowsers.begin(), m_colBrowsers.end(), keys.begin(),
+                   [](const Sink& sink) { return sink.key; });
+    return keys;
 }
 
 }  // namespace kestrelguard
