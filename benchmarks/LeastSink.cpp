@@ -81,11 +81,5 @@ class LeastListener final : public kestrelguard::bench::NullListener {
 int main() {
     CoInitialize(nullptr);
     static LeastListener sink;
-    std::printf("listening %d\n", kestrelguard::bench::ListenToAll(sink, false));
-    std::fflush(stdout);
-    MSG message = {};
-    while (GetMessageW(&message, nullptr, 0, 0) > 0) {
-        DispatchMessageW(&message);
-    }
-    return 0;
+    kestrelguard::bench::RunSink(sink);
 }

@@ -6,6 +6,7 @@
 #include <exdispid.h>
 #include <ocidl.h>
 
+#include <cstdio>
 #include <vector>
 
 #include "desktop/Com.h"
@@ -90,6 +91,17 @@ inline int ListenToAll(NullListener& sink, bool read) {
         if (read && !ReadOnce(*browsers.back().Get())) {
             return -1;
         }
+    }
+}
+
+/// The life of a program that does nothing but listen with a sink to every listed browser: writes a line when
+/// it does, and runs messages for ever.
+[[noreturn]] inline void RunSink(NullListener& sink) {
+    std::printf("listening %d\n", ListenToAll(sink, false));
+    std::fflush(stdout);
+    for (MSG message = {};;) {
+        GetMessageW(&message, nullptr, 0, 0);
+        DispatchMessageW(&message);
     }
 }
 

@@ -5,18 +5,10 @@
 
 #include <windows.h>
 
-#include <cstdio>
-
 #include "NullListener.h"
 
 int main() {
     CoInitialize(nullptr);
     static kestrelguard::bench::NullListener sink;
-    std::printf("listening %d\n", kestrelguard::bench::ListenToAll(sink, false));
-    std::fflush(stdout);
-    MSG message = {};
-    while (GetMessageW(&message, nullptr, 0, 0) > 0) {
-        DispatchMessageW(&message);
-    }
-    return 0;
+    kestrelguard::bench::RunSink(sink);
 }

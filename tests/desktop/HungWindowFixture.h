@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -44,6 +45,11 @@ class BesideHungWindow : public ::testing::Test {
         m_far = &m_desktop.OpenRemoteBrowser(OwnFolder() + L"\\browser_host.exe",
                                              {L"http://far.example/", L"far", true});
     }
+    /// The far one, which nobody has been told of.
+    void OpenFarUnannounced() {
+        m_far = &m_desktop.OpenRemoteBrowser(OwnFolder() + L"\\browser_host.exe",
+                                             {L"http://far.example/", L"far", true, false});
+    }
     void Start(const std::string& settings = kSettings) {
         m_guard = std::make_unique<RunningGuard>(std::make_shared<GuardFolder>(settings, kCookies));
     }
@@ -62,6 +68,38 @@ class BesideHungWindow : public ::testing::Test {
     }
     bool WaitNodes(const std::wstring& title, int count) const {
         return WaitUntil([&] { return Nodes(title) == count; }, kToWatch);
+    }
+    bool WaitWatched(const desktop::Browser& browser) const {
+        return WaitUntil([&] { return browser.Sinks().connected == 1; }, kToWatch);
+    }
+    /// Another window opens, is in the tree and watched, and leaves the tree when it closes.
+    void ExpectOneComesAndGoes(const std::function<void()>& meanwhile = [] {}) {
+        desktop::Browser& next = m_desktop.OpenBrowser(Page(L"next"));
+        EXPECT_TRUE(WaitNodes(L"next", 1));
+        EXPECT_TRUE(WaitWatched(next));
+        EXPECT_TRUE(next.FireNewWindow2().cancel);
+        meanwhile();
+        next.Close();
+        EXPECT_TRUE(WaitNodes(L"next", 0));
+        EXPECT_EQ(1, Nodes(L"near"));
+    }
+    /// The program starts with its window on the screen and watches the near one, whose popup it counts.
+    void ExpectStartOnTheScreen(Guard& guard) const {
+        EXPECT_TRUE(guard.WaitReady(kToStartOrEnd));
+        EXPECT_TRUE(IsWindowVisible(guard.Window()));
+        EXPECT_TRUE(WaitWatched(*m_near));
+        EXPECT_TRUE(m_near->FireNewWindow2().cancel);
+        EXPECT_EQ(L"1", guard.Today());
+    }
+    /// It starts in the tray, and its menu opens.
+    static void ExpectStartInTheTray() {
+        const GuardFolder folder{std::string("MIN/:/:y\r\n")};
+        Guard guard(folder);
+        EXPECT_TRUE(guard.Icon(kToStartOrEnd));
+        EXPECT_TRUE(guard.WaitReady(kToStartOrEnd));
+        ClickTrayIcon(guard.Icon().value(), true);
+        EXPECT_TRUE(guard.Inside().WaitMenu(kToAnswer));
+        EXPECT_TRUE(guard.Inside().CloseMenu(kToAnswer));
     }
     HTREEITEM Node(const std::wstring& text) const {
         for (const TreeNode& node : TreeNodes(m_guard->Tree())) {

@@ -32,15 +32,10 @@ TEST_F(HungWindowDesktopTest, TheWindowAnswersAndTheTrayMenuOpens) {
 TEST_F(HungWindowDesktopTest, OthersAreWatchedWhenTheyOpenAndLeaveWhenTheyClose) {
     ASSERT_NO_FATAL_FAILURE(StartThenHang());
     for (int round = 1; round <= 3; ++round) {
-        Browser& next = m_desktop.OpenBrowser(Page(L"next"));
-        EXPECT_TRUE(WaitNodes(L"next", 1));
-        EXPECT_TRUE(WaitUntil([&] { return next.Sinks().connected == 1; }, kToWatch));
-        EXPECT_TRUE(next.FireNewWindow2().cancel);
-        EXPECT_TRUE(m_near->FireNewWindow2().cancel);
-        EXPECT_EQ(std::to_wstring(2 * round), m_guard->Today());
-        next.Close();
-        EXPECT_TRUE(WaitNodes(L"next", 0));
-        EXPECT_EQ(1, Nodes(L"near"));
+        ExpectOneComesAndGoes([&] {
+            EXPECT_TRUE(m_near->FireNewWindow2().cancel);
+            EXPECT_EQ(std::to_wstring(2 * round), m_guard->Today());
+        });
         EXPECT_EQ(1, Nodes(L"far")) << "it keeps its node";
     }
     // It answers again: with the next announcement at the latest it is watched, exactly once.
@@ -76,11 +71,7 @@ TEST_F(HungWindowDesktopTest, AStartShowsTheWindowAndWatchesThoseThatAnswer) {
     m_far->Stop();
     const GuardFolder folder{std::string(kSettings)};
     Guard guard(folder);
-    EXPECT_TRUE(guard.WaitReady(kToStartOrEnd));
-    EXPECT_TRUE(IsWindowVisible(guard.Window()));
-    EXPECT_TRUE(WaitUntil([&] { return m_near->Sinks().connected == 1; }, kToWatch));
-    EXPECT_TRUE(m_near->FireNewWindow2().cancel);
-    EXPECT_EQ(L"1", guard.Today());
+    ExpectStartOnTheScreen(guard);
     m_far->GoOn();
     EXPECT_TRUE(WaitUntil([&] { return m_far->Sinks() == 1; }, kToWatch));
     EXPECT_TRUE(m_far->FireNewWindow2().cancel);
@@ -90,13 +81,7 @@ TEST_F(HungWindowDesktopTest, AStartShowsTheWindowAndWatchesThoseThatAnswer) {
 TEST_F(HungWindowDesktopTest, AStartInTheTrayShowsTheIcon) {
     OpenBoth();
     m_far->Stop();
-    const GuardFolder folder{std::string("MIN/:/:y\r\n")};
-    Guard guard(folder);
-    EXPECT_TRUE(guard.Icon(kToStartOrEnd));
-    EXPECT_TRUE(guard.WaitReady(kToStartOrEnd));
-    ClickTrayIcon(guard.Icon().value(), true);
-    EXPECT_TRUE(guard.Inside().WaitMenu(kToAnswer));
-    EXPECT_TRUE(guard.Inside().CloseMenu(kToAnswer));
+    ExpectStartInTheTray();
 }
 
 TEST_F(HungWindowDesktopTest, ShowOnItDoesNotHangAndShowsItOnceItAnswers) {

@@ -9,7 +9,6 @@
 namespace kestrelguard::testing {
 namespace {
 
-using desktop::Browser;
 using desktop::Property;
 
 /// The property does not answer.
@@ -72,15 +71,10 @@ TEST_P(StalledReadTest, TheProgramGoesOnAndWatchesItOnceWhenItAnswers) {
     EXPECT_TRUE(WaitWindows(windows));
     EXPECT_TRUE(m_near->FireNewWindow2().cancel);
     for (int round = 1; round <= 2; ++round) {
-        Browser& next = m_desktop.OpenBrowser(Page(L"next"));
-        EXPECT_TRUE(WaitNodes(L"next", 1));
-        EXPECT_TRUE(WaitUntil([&] { return next.Sinks().connected == 1; }, kToWatch));
-        EXPECT_TRUE(next.FireNewWindow2().cancel);
-        EXPECT_EQ(std::to_wstring(1 + round), m_guard->Today());
-        EXPECT_TRUE(WaitWindows(windows + 1));
-        next.Close();
-        EXPECT_TRUE(WaitNodes(L"next", 0));
-        EXPECT_EQ(1, Nodes(L"near"));
+        ExpectOneComesAndGoes([&] {
+            EXPECT_EQ(std::to_wstring(1 + round), m_guard->Today());
+            EXPECT_TRUE(WaitWindows(windows + 1));
+        });
         EXPECT_TRUE(WaitWindows(windows)) << "the far one keeps its node";
     }
     ExpectTrayMenu();
@@ -157,13 +151,8 @@ TEST_P(StalledStartTest, AStartShowsTheWindowAndWatchesThoseThatAnswer) {
     m_far->Stall(GetParam());
     const GuardFolder folder{std::string(kSettings)};
     Guard guard(folder);
-    EXPECT_TRUE(guard.WaitReady(kToStartOrEnd));
-    EXPECT_TRUE(IsWindowVisible(guard.Window()));
-    EXPECT_TRUE(WaitUntil([&] { return m_near->Sinks().connected == 1; }, kToWatch));
-    EXPECT_TRUE(m_near->FireNewWindow2().cancel);
-    EXPECT_EQ(L"1", guard.Today());
-    Browser& next = m_desktop.OpenBrowser(Page(L"next"));
-    EXPECT_TRUE(WaitUntil([&] { return next.Sinks().connected == 1; }, kToWatch));
+    ExpectStartOnTheScreen(guard);
+    EXPECT_TRUE(WaitWatched(m_desktop.OpenBrowser(Page(L"next"))));
     m_far->LetGo(GetParam());
     ExpectFarWatchedOnce();
     EXPECT_EQ(L"2", guard.Today());
@@ -174,13 +163,7 @@ TEST_P(StalledStartTest, AStartShowsTheWindowAndWatchesThoseThatAnswer) {
 TEST_P(StalledStartTest, AStartInTheTrayShowsTheIcon) {
     OpenBoth();
     m_far->Stall(GetParam());
-    const GuardFolder folder{std::string("MIN/:/:y\r\n")};
-    Guard guard(folder);
-    EXPECT_TRUE(guard.Icon(kToStartOrEnd));
-    EXPECT_TRUE(guard.WaitReady(kToStartOrEnd));
-    ClickTrayIcon(guard.Icon().value(), true);
-    EXPECT_TRUE(guard.Inside().WaitMenu(kToAnswer));
-    EXPECT_TRUE(guard.Inside().CloseMenu(kToAnswer));
+    ExpectStartInTheTray();
 }
 
 INSTANTIATE_TEST_SUITE_P(Properties, StalledStartTest,
@@ -195,14 +178,20 @@ class StalledHandlerTest : public BesideHungWindow {
         ExpectAnswers();
         ExpectTrayMenu();
         EXPECT_TRUE(m_near->FireNewWindow2().cancel);
-        Browser& next = m_desktop.OpenBrowser(Page(L"next"));
-        EXPECT_TRUE(WaitNodes(L"next", 1));
-        EXPECT_TRUE(WaitUntil([&] { return next.Sinks().connected == 1; }, kToWatch));
-        EXPECT_TRUE(next.FireNewWindow2().cancel);
-        next.Close();
-        EXPECT_TRUE(WaitNodes(L"next", 0));
+        ExpectOneComesAndGoes();
         EXPECT_EQ(L"2", m_guard->Today());
     }
+    /// The far one is announced, and the property does not answer whoever looks at it then.
+    void AnnounceStalled(Property property) {
+        m_near = &m_desktop.OpenBrowser(Page(L"near"));
+        Start();
+        OpenFarUnannounced();
+        m_far->Stall(property);
+        m_announcement = m_desktop.StartWindowRegistered(m_far->Cookie());
+        ASSERT_TRUE(m_far->WaitStalled(property));
+    }
+
+    desktop::PendingEvent m_announcement;
 };
 
 TEST_F(StalledHandlerTest, TheTitleRuleThatCannotReplaceThePage) {
@@ -258,13 +247,7 @@ INSTANTIATE_TEST_SUITE_P(Properties, StalledLinkTest,
                          ::testing::Values(Property::StatusText, Property::Navigate), NameOf);
 
 TEST_F(StalledHandlerTest, ANewWindowThatCannotBeListenedTo) {
-    m_near = &m_desktop.OpenBrowser(Page(L"near"));
-    Start();
-    m_far = &m_desktop.OpenRemoteBrowser(OwnFolder() + L"\\browser_host.exe",
-                                         {L"http://far.example/", L"far", true, false});
-    m_far->Stall(Property::Connect);
-    const desktop::PendingEvent announcement = m_desktop.StartWindowRegistered(m_far->Cookie());
-    ASSERT_TRUE(m_far->WaitStalled(Property::Connect));
+    ASSERT_NO_FATAL_FAILURE(AnnounceStalled(Property::Connect));
     ExpectTheOthersWatched();
     m_far->LetGo(Property::Connect);
     EXPECT_TRUE(WaitNodes(L"far", 1));
@@ -274,13 +257,7 @@ TEST_F(StalledHandlerTest, ANewWindowThatCannotBeListenedTo) {
 }
 
 TEST_F(StalledHandlerTest, ANewWindowThatCannotBeShownInTheTree) {
-    m_near = &m_desktop.OpenBrowser(Page(L"near"));
-    Start();
-    m_far = &m_desktop.OpenRemoteBrowser(OwnFolder() + L"\\browser_host.exe",
-                                         {L"http://far.example/", L"far", true, false});
-    m_far->Stall(Property::LocationName);
-    const desktop::PendingEvent announcement = m_desktop.StartWindowRegistered(m_far->Cookie());
-    ASSERT_TRUE(m_far->WaitStalled(Property::LocationName));
+    ASSERT_NO_FATAL_FAILURE(AnnounceStalled(Property::LocationName));
     ExpectTheOthersWatched();
     EXPECT_TRUE(m_far->FireNewWindow2().cancel);
     m_far->LetGo(Property::LocationName);

@@ -78,7 +78,10 @@ LongCalls::LongCalls() {
     }
     Check(CoRegisterMessageFilter(MakeCom<Filter>(*this).Get(), nullptr));
     DWORD id = 0;
-    m_thread = kestrelguard::Handle(CreateThread(nullptr, 0, Tick, this, 0, &id));
+    // Without the ticker the program runs as well, and waits where a call stalls.
+    if (wakeTicker != nullptr) {
+        m_thread = kestrelguard::Handle(CreateThread(nullptr, 0, Tick, this, 0, &id));
+    }
 }
 
 LongCalls::~LongCalls() {
@@ -99,7 +102,8 @@ void LongCalls::MessagePending(DWORD elapsed) noexcept {
     }
     LeaveIfGone();
     CallUnderWay* const call = inmost;
-    if (call != nullptr && !std::exchange(call->m_isHeldUp, true) && call->m_identity != nullptr) {
+    // Without the list of windows there is nothing to go on with.
+    if (call != nullptr && call->m_identity != nullptr && !std::exchange(call->m_isHeldUp, true)) {
         m_goOn();
     }
     PlatformMessageLoop().DoEvents();
