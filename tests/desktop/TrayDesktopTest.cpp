@@ -86,6 +86,17 @@ TEST_F(TrayDesktopTest, ShownItHasNoIconUntilItIsMinimised) {
     EXPECT_TRUE(WaitTrayIcons(1));
 }
 
+TEST_F(TrayDesktopTest, OKAndCancelInTheTrayLeaveItThere) {
+    RunningGuard guard(kInTheTray);
+    for (const wchar_t* const button : {L"OK", L"Cancel"}) {
+        ClickAndWait(guard.Button(button));
+        EXPECT_FALSE(IsWindowVisible(guard.Window())) << button;
+        EXPECT_TRUE(guard.Minimised()) << button;
+        EXPECT_EQ(1u, TrayIcons().size()) << button;
+    }
+    EXPECT_TRUE(guard.EndsWell());
+}
+
 TEST_F(TrayDesktopTest, TheRecordHasItsFirstForm) {
     RunningGuard guard(kInTheTray, &Hook::RecordTray);
     ASSERT_TRUE(WaitUntil([&] {

@@ -162,6 +162,10 @@ WindowState FormWindow::State() const {
 }
 
 void FormWindow::SetState(WindowState state) {
+    // A hidden window that is minimised once more would show as an icon and hear of no size.
+    if (state == WindowState::Minimised && State() == state) {
+        return;
+    }
     ShowWindow(Handle(), state == WindowState::Minimised   ? SW_MINIMIZE
                          : state == WindowState::Maximised ? SW_SHOWMAXIMIZED
                                                            : SW_RESTORE);
