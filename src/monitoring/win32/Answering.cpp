@@ -150,7 +150,9 @@ bool WindowAnswers(IUnknown* identity, HWND frame) {
     if (IsSilent(identity)) {
         return false;
     }
-    const bool answers = frame != nullptr ? FrameAnswers(frame, kPatience) : Servers().Answer(identity);
+    // One out of sight may belong to a thread that never looks for messages.
+    const bool answers = frame == nullptr ? Servers().Answer(identity)
+                                          : !IsWindowVisible(frame) || FrameAnswers(frame, kPatience);
     if (!answers) {
         Silent()[identity] = GetTickCount() + kAskAgainAfter;
     }
