@@ -1,6 +1,7 @@
 #include "monitoring/WindowChanges.h"
 
 #include <algorithm>
+#include <iterator>
 #include <ranges>
 #include <unordered_set>
 #include <utility>
@@ -69,7 +70,7 @@ void WindowChanges::MakeDue(const Announced& announced) {
         }
     }
     const Windows came = std::exchange(m_came, Windows());
-    m_createdDue.insert(m_createdDue.end(), came.begin(), came.end());
+    std::copy(came.begin(), came.end(), std::back_inserter(m_createdDue));
     // An announcement that may be a repetition, or an older one whose rebuild has failed, counts when a
     // window has gone of which nobody was told.
     const std::uint32_t all = announced.revoked + std::exchange(m_owed, 0);
