@@ -373,9 +373,9 @@ void WindowWatch::WorkOffOnce() {
         // After a failure the connection may be a dead one, which finds nothing: a new one will.
         const bool mends = m_inWork.reminded && m_failed;
         if (m_inWork.registered > 0 || (m_inWork.reminded && !mends)) {
-            m_failed = true;
+            const bool failed = std::exchange(m_failed, true);
             found = GetNewBrowser(handles);
-            m_failed = false;
+            m_failed = failed;
         }
         const bool wasKnown = m_changes.Knows(found);
         if (!m_closed && (found || mends || m_inWork.revoked > 0 || m_inWork.loadAgain)) {

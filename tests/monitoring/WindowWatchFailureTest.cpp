@@ -133,6 +133,24 @@ TEST_F(WindowWatchFailureTest, AFailedRebuildIsTriedAgainInAWhile) {
     EXPECT_FALSE(desktop.Remind());
 }
 
+TEST_F(WindowWatchFailureTest, AnAnnouncementThatFindsNobodyLeavesAFailedRebuildToBeTriedAgain) {
+    Watch({1});
+    bool once = false;
+    desktop.inCall = [&](int) {
+        // The new connection stands: the walk over it fails.
+        if (desktop.connections == 2 && !std::exchange(once, true)) {
+            desktop.shellFailures = 1;
+        }
+    };
+    Withdraw(1);
+    EXPECT_EQ(1, desktop.failedAnnouncements);
+    desktop.Registered();
+    EXPECT_EQ(0, monitored.destroyed);
+    ASSERT_TRUE(desktop.Remind());
+    EXPECT_EQ(1, monitored.destroyed);
+    EXPECT_FALSE(desktop.Remind());
+}
+
 TEST_F(WindowWatchFailureTest, AFailedSearchIsMadeUpForInAWhile) {
     Watch({1});
     desktop.shellFailures = 1;
