@@ -226,6 +226,34 @@ TEST_F(MonitoringTest, AfterTheShellHasRestartedItsListIsWatchedAnew) {
     EXPECT_TRUE(quiet.FireNewWindow2().cancel);
 }
 
+TEST_F(MonitoringTest, AShellThatComesBackWithoutItsListIsWatchedOnceItHasOne) {
+    m_desktop.OpenBrowser(Page(L"one"));
+    Start();
+    Browser& quiet = m_desktop.OpenBrowser(Page(L"two", false));
+    m_desktop.FailEnumeration(E_FAIL);
+    const int before = m_desktop.Enumerations();
+    PostMessageA(m_guard->Window(), RegisterWindowMessageA("TaskbarCreated"), 0, 0);
+    // One for monitoring, one for the tree, which tries again.
+    EXPECT_TRUE(WaitUntil([&] { return m_desktop.Enumerations() >= before + 2; }));
+    m_desktop.FailEnumeration(S_OK, 0);
+    EXPECT_TRUE(WaitUntil([this] { return m_guard->TreeLines() == Tree({L"one", L"two"}, {}); }));
+    ExpectOneSinkEach();
+    EXPECT_TRUE(quiet.FireNewWindow2().cancel);
+}
+
+TEST_F(MonitoringTest, AWindowOutOfSightWhoseThreadTakesNoMessagesIsWatched) {
+    Start();
+    // This thread makes the frame, and looks for messages at the end only.
+    const HWND frame = CreateWindowExA(0, "Static", "frame", WS_OVERLAPPEDWINDOW, 0, 0, 100, 100, nullptr,
+                                       nullptr, nullptr, nullptr);
+    BrowserOptions one = Page(L"one");
+    one.frame = static_cast<LONG>(reinterpret_cast<LONG_PTR>(frame));
+    Browser& browser = m_desktop.OpenBrowser(one);
+    EXPECT_TRUE(WaitUntil([this] { return m_guard->TreeLines() == Tree({}, {L"one"}); }));
+    EXPECT_TRUE(browser.FireNewWindow2().cancel);
+    DestroyWindow(frame);
+}
+
 TEST_F(MonitoringTest, AKilledBrowserIsSurvived) {
     Browser& living = m_desktop.OpenBrowser(Page(L"one"));
     desktop::RemoteBrowser& remote =

@@ -23,6 +23,9 @@ static_assert(kMenuItem == BN_CLICKED);
 constexpr UINT kTreeClickMessage = WM_APP + 2;
 constexpr UINT kTreeDoubleClickMessage = WM_APP + 3;
 constexpr UINT kWatchAnewMessage = WM_APP + 4;
+constexpr UINT_PTR kWatchAnewTimer = 2;
+/// A shell that has just started may not have its list of windows yet: how long it gets (milliseconds).
+constexpr UINT kWatchAnewAfter = 2000;
 
 /// The tree's right mouse button.
 constexpr int kRightButton = 2;
@@ -183,6 +186,9 @@ std::optional<LRESULT> Kestrelguard::OnFormMessage(UINT message, WPARAM wParam, 
         case kWatchAnewMessage:
             ErrorsIgnored([this] { m_rooms->IEEvents1.Refresh(); },
                           [this] { m_rooms->browserTree.RefreshBrowserTree(); });
+            if (!m_rooms->IEEvents1.Enabled()) {
+                SetTimer(Handle(), kWatchAnewTimer, kWatchAnewAfter, nullptr);
+            }
             return 0;
         case kTreeClickMessage:
             m_rooms->browserTree.tvBrowsers_Click();
@@ -204,6 +210,9 @@ std::optional<LRESULT> Kestrelguard::OnFormMessage(UINT message, WPARAM wParam, 
             // A tick that was waiting when the timer was switched off is none.
             if (wParam == m_rooms->controls.WasherTimer.Id() && m_rooms->controls.WasherTimer.Enabled()) {
                 m_rooms->washer.Washer_Timer();
+            } else if (wParam == kWatchAnewTimer) {
+                KillTimer(Handle(), kWatchAnewTimer);
+                PostMessageA(Handle(), kWatchAnewMessage, 0, 0);
             }
             return 0;
         default:
