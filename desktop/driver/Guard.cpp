@@ -127,7 +127,7 @@ bool Guard::SetMode(int mode) const {
 
 bool Guard::Minimise() {
     PostMessageW(m_window, WM_SYSCOMMAND, SC_MINIMIZE, 0);
-    return WaitUntil([this] { return Minimised(); }) && Icon().has_value();
+    return WaitUntil([this] { return InTray(); }) && Icon().has_value();
 }
 
 bool Guard::Restore() {

@@ -87,7 +87,9 @@ class Guard {
 
     // Its window and its icon.
     bool Minimised() const { return IsIconic(m_window) != FALSE; }
-    /// Minimises it as its title bar's button does, and waits for the icon.
+    /// Whether nothing is to be seen of it but its icon.
+    bool InTray() const { return Minimised() && !IsWindowVisible(m_window); }
+    /// Minimises it as its title bar's button does, and waits until it is in the tray.
     bool Minimise();
     /// Brings it back by a click on its icon, and waits.
     bool Restore();

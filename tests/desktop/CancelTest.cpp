@@ -17,7 +17,7 @@ class CancelDesktopTest : public DesktopTest {
         TypeText(guard.Edits()[1], words);
         ASSERT_TRUE(Enabled(guard.Apply()));
         ClickAndWait(guard.Button(L"Cancel"));
-        ASSERT_TRUE(WaitUntil([&] { return guard.Minimised(); }));
+        ASSERT_TRUE(WaitUntil([&] { return guard.InTray(); }));
         EXPECT_FALSE(Enabled(guard.Apply()));
     }
     static bool Bans(Browser& browser, const wchar_t* title) {
@@ -84,7 +84,7 @@ TEST_F(CancelDesktopTest, ApplyIsOffBeforeTheFileIsReadAndStaysOffWhenItCannotBe
     EXPECT_EQ(L"roulette -bingo", TextOf(words));
     // With nothing to cancel, a second Cancel does not read the file, locked or not.
     ClickAndWait(guard.Button(L"Cancel"));
-    EXPECT_TRUE(WaitUntil([&] { return guard.Minimised(); }));
+    EXPECT_TRUE(WaitUntil([&] { return guard.InTray(); }));
     EXPECT_FALSE(FindMessageBox(guard.Program().Id()));
     lock.Reset();
     EXPECT_TRUE(guard.EndsWell());

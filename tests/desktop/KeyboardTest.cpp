@@ -225,7 +225,7 @@ TEST_F(KeyboardTest, EnterPressesTheButtonThatHasTheFocusAndElseOK) {
     EXPECT_TRUE(m_guard->Shown());
     Press({VK_TAB});
     Press({VK_RETURN});
-    EXPECT_TRUE(WaitUntil([&] { return m_guard->Minimised(); })) << "on a check box Enter is OK";
+    EXPECT_TRUE(WaitUntil([&] { return m_guard->InTray(); })) << "on a check box Enter is OK";
 }
 
 TEST_F(KeyboardTest, EscIsCancelWhereverTheFocusIs) {
@@ -235,7 +235,7 @@ TEST_F(KeyboardTest, EscIsCancelWhereverTheFocusIs) {
     ASSERT_TRUE(FocusIs(m_guard->ModeButton(0)));
     ClickAndWait(m_guard->WashBoxes()[0]);
     Press({VK_ESCAPE});
-    EXPECT_TRUE(WaitUntil([&] { return m_guard->Minimised(); }));
+    EXPECT_TRUE(WaitUntil([&] { return m_guard->InTray(); }));
     EXPECT_FALSE(Enabled(m_guard->Apply()));
     EXPECT_EQ(before, m_guard->Folder()->Settings());
 }
@@ -271,7 +271,7 @@ TEST_F(KeyboardTest, TheFocusComesBackFromTheTrayToWhereItWas) {
     Press({VK_SHIFT, VK_TAB});
     ASSERT_TRUE(FocusIs(m_guard->Button(L"Cancel")));
     Press({VK_SPACE});
-    ASSERT_TRUE(WaitUntil([&] { return m_guard->Minimised(); }));
+    ASSERT_TRUE(WaitUntil([&] { return m_guard->InTray(); }));
     ASSERT_TRUE(m_guard->Restore());
     EXPECT_TRUE(FocusIs(m_guard->Button(L"Cancel")));
 }

@@ -67,7 +67,7 @@ TEST_F(PlatformCallsTest, TheTrayMenuOpensTheSameHelpPage) {
     ASSERT_TRUE(guard.WaitPosted());
     ExpectHelpCalls(guard, 1);
     EXPECT_FALSE(FindMessageBox(guard.Program().Id()));
-    EXPECT_TRUE(guard.Minimised());
+    EXPECT_TRUE(guard.InTray());
     EXPECT_TRUE(guard.EndsWell());
 }
 

@@ -80,7 +80,7 @@ TEST_F(SettingsPagesTest, ComingBackToTheFirstTabRefreshesTheCounters) {
     EXPECT_EQ(L"1,235", m_guard->Total());
     ClickOn(kMinimisedBox);
     ClickOn(L"Cancel");
-    ASSERT_TRUE(WaitUntil([&] { return m_guard->Minimised(); }));
+    ASSERT_TRUE(WaitUntil([&] { return m_guard->InTray(); }));
     ASSERT_TRUE(m_guard->Restore());
     EXPECT_EQ(L"1,235", m_guard->Total());
     ClickTab(m_guard->Tabs(), 1);
@@ -97,7 +97,7 @@ TEST_F(SettingsPagesTest, AClickOnTheShownTabRefreshesTheCountersToo) {
     EXPECT_TRUE(browser.FireNewWindow2().cancel);
     ClickOn(kMinimisedBox);
     ClickOn(L"Cancel");
-    ASSERT_TRUE(WaitUntil([&] { return m_guard->Minimised(); }));
+    ASSERT_TRUE(WaitUntil([&] { return m_guard->InTray(); }));
     ASSERT_TRUE(m_guard->Restore());
     EXPECT_EQ(L"1,235", m_guard->Total());
     ClickTab(m_guard->Tabs(), 0);
@@ -162,7 +162,7 @@ TEST_F(SettingsPagesTest, CancelBringsAClearedBoxBack) {
     ClickAndWait(box);
     ASSERT_FALSE(Checked(box));
     ClickOn(L"Cancel");
-    ASSERT_TRUE(WaitUntil([&] { return m_guard->Minimised(); }));
+    ASSERT_TRUE(WaitUntil([&] { return m_guard->InTray(); }));
     EXPECT_TRUE(Checked(box));
     EXPECT_FALSE(Enabled(m_guard->Apply()));
     EXPECT_TRUE(m_guard->ExitByMenu());
@@ -174,7 +174,7 @@ TEST_F(SettingsPagesTest, CancelNeverUnticksABox) {
     Start("MIN/:/:n\r\nUSE/:/:5\r\n");
     ClickOn(kMinimisedBox);
     ClickOn(L"Cancel");
-    ASSERT_TRUE(WaitUntil([&] { return m_guard->Minimised(); }));
+    ASSERT_TRUE(WaitUntil([&] { return m_guard->InTray(); }));
     EXPECT_TRUE(Checked(m_guard->Button(kMinimisedBox)));
 }
 
@@ -182,7 +182,7 @@ TEST_F(SettingsPagesTest, CancelWithNothingChangedDoesNotReadTheFile) {
     Start("USE/:/:5\r\nSS1/:/:n/:/:casino -\r\n");
     EXPECT_EQ(2u, ListRows(m_guard->SiteList()).size());
     ClickOn(L"Cancel");
-    ASSERT_TRUE(WaitUntil([&] { return m_guard->Minimised(); }));
+    ASSERT_TRUE(WaitUntil([&] { return m_guard->InTray(); }));
     EXPECT_EQ(2u, ListRows(m_guard->SiteList()).size());
     EXPECT_TRUE(m_guard->ExitByMenu());
     EXPECT_EQ("USE/:/:6", m_folder->SettingsLine("USE"));
@@ -192,7 +192,7 @@ TEST_F(SettingsPagesTest, CancelWithChangesAppendsTheSitesOnceMore) {
     Start("SS1/:/:n/:/:casino -\r\n");
     ClickOn(kMinimisedBox);
     ClickOn(L"Cancel");
-    ASSERT_TRUE(WaitUntil([&] { return m_guard->Minimised(); }));
+    ASSERT_TRUE(WaitUntil([&] { return m_guard->InTray(); }));
     EXPECT_EQ((std::vector<std::wstring>{L"casino", L"", L"casino", L""}), ListRows(m_guard->SiteList()));
 }
 
@@ -200,7 +200,7 @@ TEST_F(SettingsPagesTest, OKWithNothingChangedDoesNotWrite) {
     Start("USE/:/:5\r\n");
     const std::string before = m_folder->Settings();
     ClickOn(L"OK");
-    ASSERT_TRUE(WaitUntil([&] { return m_guard->Minimised(); }));
+    ASSERT_TRUE(WaitUntil([&] { return m_guard->InTray(); }));
     EXPECT_EQ(before, m_folder->Settings());
     EXPECT_TRUE(m_guard->Icon());
 }
@@ -209,7 +209,7 @@ TEST_F(SettingsPagesTest, OKAppliesChangesAndGoesToTheTray) {
     Start("USE/:/:5\r\n");
     ClickOn(kAutomatic);
     ClickOn(L"OK");
-    ASSERT_TRUE(WaitUntil([&] { return m_guard->Minimised(); }));
+    ASSERT_TRUE(WaitUntil([&] { return m_guard->InTray(); }));
     EXPECT_EQ("PP4/:/:y/:/:60/:/:M", m_folder->SettingsLine("PP4"));
     EXPECT_TRUE(m_guard->Restore());
     EXPECT_FALSE(Enabled(m_guard->Apply()));

@@ -14,11 +14,9 @@ class TrayBoxesTest : public DesktopTest {
     static void ExpectUsable(RunningGuard& guard, const MessageBoxSeen& box) {
         ASSERT_TRUE(box);
         EXPECT_TRUE(IsWindowVisible(box.window));
-        EXPECT_TRUE(guard.Minimised());
-        EXPECT_FALSE(IsWindowVisible(guard.Window()));
+        EXPECT_TRUE(guard.InTray());
         EXPECT_TRUE(Dismiss(box));
-        EXPECT_TRUE(guard.Minimised());
-        EXPECT_FALSE(IsWindowVisible(guard.Window()));
+        EXPECT_TRUE(guard.InTray());
         EXPECT_EQ(1u, TrayIcons().size());
     }
 };

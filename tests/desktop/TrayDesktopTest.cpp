@@ -72,8 +72,7 @@ TEST_F(TrayDesktopTest, AnErrorOfTheMainWindowBelongsToIt) {
 TEST_F(TrayDesktopTest, MinimisedItIsAnIconWithTheModeAndTheCount) {
     RunningGuard guard(kInTheTray);
     EXPECT_EQ(Icon().tip, L" Kestrelguard v2 - Preventing Popups: 0");
-    EXPECT_FALSE(guard.Shown());
-    EXPECT_FALSE(IsWindowVisible(guard.Window()));
+    EXPECT_TRUE(guard.InTray());
     EXPECT_TRUE(guard.EndsWell());
     EXPECT_TRUE(WaitTrayIcons(0));
 }
@@ -83,6 +82,7 @@ TEST_F(TrayDesktopTest, ShownItHasNoIconUntilItIsMinimised) {
     EXPECT_TRUE(guard.Shown());
     EXPECT_TRUE(TrayIcons().empty());
     ASSERT_TRUE(guard.Minimise());
+    EXPECT_TRUE(guard.InTray());
     EXPECT_TRUE(WaitTrayIcons(1));
 }
 
