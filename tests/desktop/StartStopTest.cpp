@@ -10,7 +10,24 @@ class StartStopTest : public ::testing::Test {
     desktop::Apartment m_apartment;
 };
 
-class StartStopDesktopTest : public DesktopTest {};
+class StartStopDesktopTest : public DesktopTest {
+ protected:
+    /// Starts the program once more: that copy ends at once and changes no file.
+    static void ExpectSecondCopyEnds(const GuardFolder& folder, Guard& first) {
+        const std::string settings = folder.Settings();
+        const std::string cookies = folder.Cookies();
+        Process second(folder.Exe());
+        ASSERT_TRUE(second.WaitGone());
+        EXPECT_EQ(0u, second.ExitCode());
+        EXPECT_EQ(settings, folder.Settings());
+        EXPECT_EQ(cookies, folder.Cookies());
+        EXPECT_TRUE(first.Program().Running());
+        // Whatever the copy may have told it has happened.
+        EXPECT_TRUE(first.WaitPosted());
+    }
+
+    static constexpr char kSavedCookie[] = "Cookie:kate@one.example/\r\n";
+};
 
 TEST_F(StartStopDesktopTest, AFirstStartShowsTheWindowAndWritesTheDefaults) {
     const GuardFolder folder;
@@ -47,8 +64,7 @@ TEST_F(StartStopDesktopTest, AStoredMinimisedStartGoesToTheTray) {
     const GuardFolder folder("MIN/:/:y\r\n");
     Guard guard(folder);
     ASSERT_TRUE(guard.WaitReady());
-    EXPECT_TRUE(guard.Minimised());
-    EXPECT_FALSE(IsWindowVisible(guard.Window()));
+    EXPECT_TRUE(guard.InTray());
     ASSERT_TRUE(guard.Icon());
     EXPECT_EQ(L" Kestrelguard v2 - Preventing Popups: 0", guard.Icon()->tip);
     EXPECT_TRUE(guard.Restore());
@@ -56,19 +72,29 @@ TEST_F(StartStopDesktopTest, AStoredMinimisedStartGoesToTheTray) {
 }
 
 TEST_F(StartStopDesktopTest, ASecondCopyEndsSilentlyAndChangesNothing) {
-    const GuardFolder folder("MIN/:/:y\r\nUSE/:/:41\r\n");
+    const GuardFolder folder("MIN/:/:y\r\nUSE/:/:41\r\n", kSavedCookie);
     Guard first(folder);
     ASSERT_TRUE(first.WaitReady());
     ASSERT_TRUE(first.Icon());
-    const std::string before = folder.Settings();
-
-    Process second(folder.Exe());
-    ASSERT_TRUE(second.WaitGone());
-    EXPECT_EQ(0u, second.ExitCode());
-    EXPECT_EQ(before, folder.Settings());
-    EXPECT_TRUE(first.Program().Running());
-    EXPECT_TRUE(first.Minimised());
+    ExpectSecondCopyEnds(folder, first);
+    EXPECT_TRUE(first.InTray());
     EXPECT_TRUE(WaitTrayIcons(1));
+}
+
+TEST_F(StartStopDesktopTest, ASecondCopyDoesNotBringTheWindowToTheFront) {
+    const GuardFolder folder("MIN/:/:n\r\nUSE/:/:41\r\n", kSavedCookie);
+    Guard first(folder);
+    ASSERT_TRUE(first.WaitReady());
+    ASSERT_TRUE(WaitUntil([&] { return GetForegroundWindow() == first.Window(); }));
+    BrowserOptions shown;
+    shown.shown = true;
+    const Browser& inFront = m_desktop.OpenBrowser(shown);
+    ASSERT_TRUE(WaitUntil([&] { return GetForegroundWindow() == inFront.Window(); }));
+    ExpectSecondCopyEnds(folder, first);
+    EXPECT_EQ(inFront.Window(), GetForegroundWindow());
+    EXPECT_TRUE(IsWindowVisible(first.Window()));
+    EXPECT_FALSE(first.Minimised());
+    EXPECT_TRUE(TrayIcons().empty());
 }
 
 TEST_F(StartStopDesktopTest, OfTwoCopiesAtOnceExactlyOneStays) {
