@@ -111,6 +111,10 @@ TEST_F(MonitoringTest, MalformedEventsAreSurvived) {
         browser.Fire(EventCall(id).Value(desktop::Variant::Long(1)).Value(desktop::Variant::Long(2)));
     }
     EXPECT_EQ(DISP_E_BADPARAMCOUNT, browser.Fire(EventCall(DISPID_TITLECHANGE)).hr);
+    // An event that it does not listen to may bring anything.
+    const EventResult unheard = browser.Fire(EventCall(DISPID_NAVIGATEERROR));
+    EXPECT_EQ(S_OK, unheard.hr);
+    EXPECT_EQ(1, unheard.sinks);
     EXPECT_EQ(DISP_E_TYPEMISMATCH,
               browser.Fire(EventCall(DISPID_NEWWINDOW2).Value(desktop::Variant::Long(1)).Cancel()).hr);
     EXPECT_TRUE(browser.FireNewWindow2().cancel);
@@ -291,6 +295,10 @@ TEST_F(MonitoringTest, FolderWindowsAndSharedFramesAreWatched) {
     BrowserOptions folder = Page(L"folder");
     folder.folder = true;
     Browser& third = m_desktop.OpenBrowser(folder);
+    // The folder has a node like any window, those that share a frame have one.
+    Lines tree = Tree({}, {L"one", L"folder"});
+    tree.front() = L"Windows Browsers (3)";
+    EXPECT_EQ(tree, m_guard->TreeLines());
     ExpectOneSinkEach();
     EXPECT_TRUE(first.FireNewWindow2().cancel);
     EXPECT_TRUE(second.FireNewWindow2().cancel);
