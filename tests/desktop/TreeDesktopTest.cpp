@@ -29,6 +29,14 @@ class TreeDesktopTest : public DesktopTest {
         const std::vector<TreeNode> nodes = TreeNodes(guard.Tree());
         return index < nodes.size() ? nodes[index].item : nullptr;
     }
+    /// Waits until the browser has worked off what was posted to its window before, and what came of that.
+    static bool WaitPosted(Browser& browser) {
+        // Its window shows the new title when it comes to it in its turn.
+        browser.SetTitle(L"its turn");
+        return WaitUntil(
+                   [&] { return browser.Ended() || TextOf(browser.Window()).starts_with(L"its turn"); }) &&
+               browser.WaitIdle();
+    }
     static std::wstring SelectedText(const RunningGuard& guard) {
         for (const TreeNode& node : TreeNodes(guard.Tree())) {
             if (node.selected) {
@@ -95,9 +103,11 @@ TEST_F(TreeDesktopTest, AnAnnouncementOfAKnownWindowAddsNothing) {
     Browser& one = Open(L"one");
     RunningGuard guard;
     const Texts before = TreeTexts(guard.Tree());
+    const int advises = one.Sinks().advises;
     m_desktop.FireWindowRegistered(one.Cookie());
     EXPECT_TRUE(guard.WaitPosted());
     EXPECT_EQ(TreeTexts(guard.Tree()), before);
+    EXPECT_EQ(one.Sinks().advises, advises) << "connected to once more";
 }
 
 TEST_F(TreeDesktopTest, ABrowserInAKnownFrameIsCountedButNotDoubled) {
@@ -238,14 +248,15 @@ TEST_F(TreeDesktopTest, ARightClickOpensTheMenuAndSelectsNothing) {
 }
 
 TEST_F(TreeDesktopTest, CloseOnTheRootDoesNothing) {
-    Open(L"one");
+    Browser& one = Open(L"one");
     RunningGuard guard;
     SelectNode(guard.Tree(), Node(guard, 0));
     ClickNode(guard.Tree(), Node(guard, 1), true);
     ASSERT_TRUE(guard.Inside().WaitMenu());
     ASSERT_TRUE(guard.Inside().Choose(kClose));
     EXPECT_TRUE(guard.WaitPosted());
-    EXPECT_EQ(m_desktop.OpenBrowsers().size(), 1U);
+    EXPECT_TRUE(WaitPosted(one));
+    EXPECT_FALSE(one.Ended());
     EXPECT_FALSE(FindMessageBox(guard.Program().Id()));
 }
 
