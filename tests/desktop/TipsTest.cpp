@@ -19,6 +19,7 @@ class TipsTest : public DesktopTest {
 TEST_F(TipsTest, TheFieldForANewSiteSaysWhatToDo) {
     const auto edits = m_guard.Edits();
     ASSERT_EQ(3u, edits.size());
+    EXPECT_EQ(L"", TextOf(edits[0]));
     EXPECT_EQ(L"Type a new Site to prevent and click Add", Tip(edits[0]));
     EXPECT_EQ(L"", Tip(edits[1]));
     EXPECT_EQ(L"", Tip(edits[2]));
