@@ -76,18 +76,18 @@ TEST_F(MonitoringTest, TheStartWatchesEachWindowAndTheEndLetsGo) {
 TEST_F(MonitoringTest, EveryEventIsAnswered) {
     Browser& browser = m_desktop.OpenBrowser(Page(L"one"));
     Start();
-    const EventResult results[] = {browser.FireBeforeNavigate2(L"http://next.example/"),
-                                   browser.FireDocumentComplete(L"http://next.example/"),
-                                   browser.FireDownloadBegin(),
-                                   browser.FireDownloadComplete(),
-                                   browser.FireFileDownload(),
-                                   browser.Fire(EventCall::FileDownload(true)),
-                                   browser.FireNavigateComplete2(L"http://next.example/"),
-                                   browser.FireNavigateError(L"http://next.example/", 404),
-                                   browser.FireOnFullScreen(true),
-                                   browser.FireProgressChange(1, 2),
-                                   browser.FireTitleChange(L"Next"),
-                                   browser.FireWindowClosing(false)};
+    const std::vector<EventResult> results = {browser.FireBeforeNavigate2(L"http://next.example/"),
+                                              browser.FireDocumentComplete(L"http://next.example/"),
+                                              browser.FireDownloadBegin(),
+                                              browser.FireDownloadComplete(),
+                                              browser.FireFileDownload(),
+                                              browser.Fire(EventCall::FileDownload(true)),
+                                              browser.FireNavigateComplete2(L"http://next.example/"),
+                                              browser.FireNavigateError(L"http://next.example/", 404),
+                                              browser.FireOnFullScreen(true),
+                                              browser.FireProgressChange(1, 2),
+                                              browser.FireTitleChange(L"Next"),
+                                              browser.FireWindowClosing(false)};
     for (const EventResult& result : results) {
         EXPECT_EQ(S_OK, result.hr);
         EXPECT_EQ(1, result.sinks);

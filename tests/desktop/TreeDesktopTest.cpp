@@ -278,6 +278,7 @@ TEST_F(TreeDesktopTest, FiftyWindowsAreShownAndKeptUpToDate) {
     // Every rebuild asks fifty browsers of another process a dozen times each.
     constexpr DWORD kPatience = 4 * kLimit;
     std::vector<Browser*> browsers;
+    browsers.reserve(50);
     for (int number = 0; number < 50; ++number) {
         browsers.push_back(&Open(L"b" + std::to_wstring(number)));
     }
