@@ -29,13 +29,28 @@ void* Allocate(std::size_t size) {
     throw std::bad_alloc();
 }
 
+void* AllocateOrNull(std::size_t size) noexcept {
+    try {
+        return Allocate(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
 }  // namespace
 
+// All forms: a block of the library's own operator could not go to this one's free.
 void* operator new(std::size_t size) {
     return Allocate(size);
 }
 void* operator new[](std::size_t size) {
     return Allocate(size);
+}
+void* operator new(std::size_t size, const std::nothrow_t& /*unused*/) noexcept {
+    return AllocateOrNull(size);
+}
+void* operator new[](std::size_t size, const std::nothrow_t& /*unused*/) noexcept {
+    return AllocateOrNull(size);
 }
 void operator delete(void* block) noexcept {
     std::free(block);
