@@ -141,6 +141,42 @@ TEST_F(SettingsDesktopTest, OddFileIsTolerated) {
     EXPECT_NE(m_folder.Settings().find("USE/:/:1\r\nPST/:/:0\r\n"), std::string::npos);
 }
 
+TEST_F(SettingsDesktopTest, ValuesThatAreNoneTakeTheirPlaceAllTheSame) {
+    // Each key has a value first that the second line has to take away.
+    WriteBytes(Path(),
+               "PST/:/:7\r\nPST/:/:\r\nUSE/:/:7\r\nUSE/:/:x\r\nSS1/:/:y/:/:casino\r\n"
+               "PP4/:/:n/:/:7/:/:h\r\nPP4/:/:y/:/:abc/:/:d\r\n");
+    ASSERT_TRUE(Start());
+    EXPECT_EQ(Text(kPopStopsT), L"0");
+    EXPECT_EQ(CheckedBoxes(), (std::vector<int>{0, 5}));
+    EXPECT_TRUE(Sites().empty());
+    EXPECT_EQ(Text(kWash_F), L"60");
+    EXPECT_EQ(Text(kWash_CMB), L"Day/s");
+    ASSERT_TRUE(m_guard->Close());
+    EXPECT_EQ(WithoutDate(m_folder.Settings()),
+              "HEADER\r\nPT1/:/:0\r\nMIN/:/:n\r\nSS1/:/:y/:/:\r\nSS2/:/:n/:/:xxx -porn -sex\r\nPP1/:/:n\r\n"
+              "PP2/:/:n\r\nPP3/:/:n\r\nPP4/:/:y/:/:60/:/:D\r\nUSE/:/:1\r\nPST/:/:0\r\n");
+}
+
+TEST_F(SettingsDesktopTest, ANumberOutOfRangeEndsTheStartUnlessAListCameBefore) {
+    const std::string useCount = "USE/:/:99999999999\r\n";
+    const std::string stopped = "PST/:/:99999999999\r\n";
+    for (const std::string& number : {useCount, stopped}) {
+        const std::string file = number + "SS1/:/:n/:/:\r\n";
+        WriteBytes(Path(), file);
+        m_guard.emplace(m_folder);
+        EXPECT_TRUE(ErrorBox(L"6", L"Overflow")) << number;
+        ASSERT_TRUE(m_guard->Program().WaitGone()) << number;
+        EXPECT_NE(m_guard->Program().ExitCode(), 0U) << number;
+        EXPECT_EQ(m_folder.Settings(), file) << number;
+    }
+    for (const char* list : {"SS1/:/:n/:/:\r\n", "SS2/:/:n/:/:\r\n", "PP4/:/:n/:/:60/:/:m\r\n"}) {
+        WriteBytes(Path(), list + useCount + stopped);
+        ASSERT_TRUE(Start()) << list;
+        ASSERT_TRUE(m_guard->Close()) << list;
+    }
+}
+
 TEST_F(SettingsDesktopTest, HundredMegabytesAndHundredThousandSites) {
     std::string file;
     file.resize(100'000'000, '\'');
@@ -195,6 +231,7 @@ TEST_F(SettingsDesktopTest, ApplyWritesTheChosenMode) {
 TEST_F(SettingsDesktopTest, CancelReadsTheFileOverTheControls) {
     WriteBytes(Path(), "PT1/:/:1\r\nSS1/:/:n/:/:casino -\r\nUSE/:/:4\r\nPST/:/:10\r\n");
     ASSERT_TRUE(Start());
+    WriteBytes(Path(), "PT1/:/:1\r\nSS1/:/:n/:/:casino -\r\nUSE/:/:40\r\nPST/:/:30\r\n");
     Press(kPTO2);
     Press(kCOpenM);
     Press(kCancelcmd);
@@ -205,7 +242,20 @@ TEST_F(SettingsDesktopTest, CancelReadsTheFileOverTheControls) {
     EXPECT_EQ(Sites(), (std::vector<std::wstring>{L"casino", L"", L"casino", L""}));
     ASSERT_TRUE(m_guard->Close());
     const std::string file = m_folder.Settings();
-    EXPECT_NE(file.find("USE/:/:5\r\nPST/:/:10\r\n"), std::string::npos) << file;
+    EXPECT_NE(file.find("USE/:/:41\r\nPST/:/:30\r\n"), std::string::npos) << file;
+}
+
+TEST_F(SettingsDesktopTest, ACancelThatReadsIsOneUseMore) {
+    WriteBytes(Path(), "USE/:/:4\r\n");
+    ASSERT_TRUE(Start());
+    Press(kPTO2);
+    Press(kApplyCmd);
+    EXPECT_NE(m_folder.Settings().find("USE/:/:5\r\n"), std::string::npos);
+    Press(kPTO1);
+    Press(kCancelcmd);
+    EXPECT_TRUE(WaitUntil([this] { return IsIconic(m_guard->Window()) != FALSE; }));
+    ASSERT_TRUE(m_guard->Close());
+    EXPECT_NE(m_folder.Settings().find("USE/:/:6\r\n"), std::string::npos);
 }
 
 TEST_F(SettingsDesktopTest, KillInTheMiddleOfAHundredWritesLeavesAWholeFile) {
