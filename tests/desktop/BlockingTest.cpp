@@ -19,6 +19,9 @@ using desktop::NavigateCall;
 using Texts = std::vector<std::wstring>;
 
 constexpr wchar_t kSiteBox[] = L"Prevent the Following Internet Sites from loading in Internet Explorer...";
+constexpr wchar_t kTitleBox[] =
+    L"Prevent Internet Sites with the following words in their Title from loading... Seperate multiple "
+    L"keywords by a space and a minus sign.";
 constexpr wchar_t kBlockedTitle[] = L"Kestrelguard - Blocked Site Access";
 
 class BlockingTest : public OneGuardTest {
@@ -302,6 +305,23 @@ TEST_F(BlockingTest, AKeywordOfTheBlockedPagesTitleMatchesItEachTime) {
     EXPECT_EQ(2u, browser.NavigateCalls().size());
 }
 
+TEST_F(BlockingTest, ABlockedPageThatIsBannedItselfIsMadeAnewUntilTheFilterIsOff) {
+    Start("SS2/:/:y/:/:a -b\r\n");
+    Browser& browser = Watched(true);
+    ApplyKeywords(L"blocked -poker");
+    browser.Navigate(L"http://poker.example/");
+    EXPECT_TRUE(WaitUntil([&] { return browser.NavigateCalls().size() >= 4; }));
+    ClickOn(kTitleBox);
+    ASSERT_TRUE(browser.WaitIdle());
+    const std::vector<NavigateCall> calls = browser.NavigateCalls();
+    EXPECT_TRUE(IsBlockedPage(calls.at(0).url, L"poker", L"http://poker.example/"));
+    for (std::size_t call = 1; call < calls.size(); ++call) {
+        EXPECT_TRUE(IsBlockedPage(calls[call].url, L"blocked", calls[call - 1].url)) << call;
+    }
+    EXPECT_EQ(calls.back().url, browser.Url());
+    EXPECT_TRUE(NoBox());
+}
+
 TEST_F(BlockingTest, AnEditActsFromApplyOnAndMarksTheSettings) {
     Start("SS2/:/:y/:/:poker -dice\r\n");
     Browser& browser = Watched();
@@ -318,9 +338,7 @@ TEST_F(BlockingTest, AnEditActsFromApplyOnAndMarksTheSettings) {
 TEST_F(BlockingTest, InTheVeryFirstRunNoWordIsBannedUntilTheWordsAreApplied) {
     Start();
     Browser& browser = Watched();
-    ClickAndWait(m_guard->Button(
-        L"Prevent Internet Sites with the following words in their Title from loading... Seperate multiple "
-        L"keywords by a space and a minus sign."));
+    ClickOn(kTitleBox);
     EXPECT_EQ(L"xxx -porn -sex", TextOf(TitleField()));
     EXPECT_EQ(L"", PageFor(browser, L"Free XXX"));
     ClickOn(L"Apply");
