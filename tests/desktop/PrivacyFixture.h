@@ -58,7 +58,12 @@ class PrivacyTest : public OneGuardTest {
                 *file += cookie + "\r\n";
             }
         }
-        m_folder = std::make_unique<GuardFolder>(settings, file);
+        StartWithFiles(settings, file);
+    }
+    /// With these contents of the two files; without one there is no such file.
+    void StartWithFiles(const std::optional<std::string>& settings,
+                        const std::optional<std::string>& cookies) {
+        m_folder = std::make_unique<GuardFolder>(settings, cookies);
         m_folder->Add(OwnFolder() + L"\\wininet.dll");
         m_guard = std::make_unique<Guard>(*m_folder);
         ASSERT_TRUE(m_guard->WaitReady());

@@ -30,25 +30,35 @@ TEST_F(PrivacyTest, ClearCookiesNowDeletesAllWhenNoneIsSaved) {
 }
 
 TEST_F(PrivacyTest, ACookieOnAHeaderLineOfTheFileIsNotSaved) {
-    m_folder = std::make_unique<GuardFolder>(
-        std::nullopt, "'#\r\n'#\r\nCookie:jane@bank.example/\r\nCookie:jane@news.example/\r\n");
-    m_folder->Add(OwnFolder() + L"\\wininet.dll");
-    m_guard = std::make_unique<Guard>(*m_folder);
-    ASSERT_TRUE(m_guard->WaitReady());
+    StartWithFiles({}, "'#\r\n'#\r\nCookie:jane@bank.example/\r\nCookie:jane@news.example/\r\n");
     Press(L"Clear Internet Explorer Cookies Now");
     EXPECT_EQ("p", There());
 }
 
 TEST_F(PrivacyTest, EntriesThatAreNotNormalStay) {
-    const std::string odd = CacheFiller::Add("http://odd.example/", "not a normal entry");
-    INTERNET_CACHE_ENTRY_INFOA type{};
-    type.dwStructSize = sizeof type;
-    type.CacheEntryType = STICKY_CACHE_ENTRY;
-    ASSERT_TRUE(SetUrlCacheEntryInfoA("http://odd.example/", &type, CACHE_ENTRY_ATTRIBUTE_FC));
+    std::vector<std::string> odd;
+    for (const char* address : {"http://odd.example/", "Cookie:odd@odd.example/"}) {
+        odd.push_back(CacheFiller::Add(address, "not a normal entry"));
+        INTERNET_CACHE_ENTRY_INFOA type{};
+        type.dwStructSize = sizeof type;
+        type.CacheEntryType = STICKY_CACHE_ENTRY;
+        ASSERT_TRUE(SetUrlCacheEntryInfoA(address, &type, CACHE_ENTRY_ATTRIBUTE_FC));
+    }
     Start();
+    const HWND window = OpenCacheWindow(L"Show Cache");
+    ASSERT_NE(nullptr, window);
+    EXPECT_EQ((WideTexts{L"Cookie:jane@bank.example/", L"Cookie:jane@news.example/",
+                         L"http://news.example/index.html"}),
+              Sorted(ListRows(Entries(window))));
+    EXPECT_EQ(L"Internet Explorer Cache 3 Files; 2 Cookies...", CountLabel(window));
     Press(L"Clear Internet Explorer Cache Now");
     EXPECT_EQ("cs", There());
-    EXPECT_TRUE(kestrelguard::FileExists(odd));
+    Press(L"Clear Internet Explorer Cookies Now");
+    EXPECT_EQ("s", There());
+    for (const std::string& file : odd) {
+        EXPECT_TRUE(kestrelguard::FileExists(file)) << file;
+    }
+    EXPECT_EQ((WideTexts{L"Cookie:jane@bank.example/"}), ListRows(Entries(window)));
 }
 
 TEST_F(PrivacyTest, TheTrayMenuClearsCacheAndCookies) {
