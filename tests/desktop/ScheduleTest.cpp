@@ -130,6 +130,11 @@ TEST_F(PrivacyTest, TypingTheMinutesThemselvesDoesNotRecomputeTheInterval) {
     ASSERT_FALSE(Enabled(m_guard->Apply()));
     TypeText(IntervalField(), L"120");
     EXPECT_FALSE(Enabled(m_guard->Apply()));
+    Tick(119);
+    EXPECT_EQ("pcs", There());
+    Tick();
+    EXPECT_EQ("cs", There()) << "still every two hours";
+    Refill();
     TypeText(IntervalField(), L"soon");
     EXPECT_FALSE(Enabled(m_guard->Apply()));
     TypeText(IntervalField(), L"1");
