@@ -138,10 +138,11 @@ TEST_F(CacheWindowTest, WhatTheMainWindowDoesToAnOpenWindow) {
 }
 
 TEST_F(CacheWindowTest, TheDetailsFollowTheSelection) {
-    const std::string file = CacheFiller::Add("http://a.example/", "a");
-    ASSERT_FALSE(file.empty());
-    Start();
+    const std::string address = "http://a.example/" + std::string(60, 'p');
+    const std::string file = CacheFiller::Add(address, "a");
     const std::wstring name(file.begin(), file.end());
+    ASSERT_GT(name.size(), 75U) << "nothing to cut";
+    Start();
     const std::wstring details = TextOf(Details());
     EXPECT_EQ(L"Cache File: " + name.substr(0, 75) + L"...", details.substr(0, details.find(L"\r\n")));
     EXPECT_NE(std::wstring::npos, details.find(L"\r\nLast accessed: "));
@@ -151,6 +152,13 @@ TEST_F(CacheWindowTest, TheDetailsFollowTheSelection) {
     EXPECT_EQ(std::wstring::npos, TextOf(Details()).find(name.substr(0, 20)));
     SelectRow(Entries(), 0);
     EXPECT_EQ(details, TextOf(Details()));
+    INTERNET_CACHE_ENTRY_INFOA none{};
+    none.dwStructSize = sizeof none;
+    ASSERT_TRUE(
+        SetUrlCacheEntryInfoA(address.c_str(), &none, CACHE_ENTRY_ACCTIME_FC | CACHE_ENTRY_SYNCTIME_FC));
+    SelectRow(Entries(), 0);
+    EXPECT_NE(std::wstring::npos, TextOf(Details()).find(L"\r\nLast accessed: No value.  |"));
+    EXPECT_NE(std::wstring::npos, TextOf(Details()).find(L"\r\nLoad complete: No value.  |"));
 }
 
 TEST_F(CacheWindowTest, FindSearchesFromTheTopAndGoesOn) {
@@ -212,6 +220,29 @@ TEST_F(CacheWindowTest, WithoutAMatchABoxSaysSo) {
     TypeText(FindField(), L"one");
     EXPECT_EQ(L" No more matches for \"one\" ...", FindAndRead());
     EXPECT_EQ(L"<- F. Again ", TextOf(FindButton()));
+}
+
+TEST_F(CacheWindowTest, FindAgainWithoutAFurtherMatchDoesNothing) {
+    CacheFiller::Add("http://one.example/", "a");
+    CacheFiller::Add("http://two.example/", "b");
+    Start();
+    const Texts rows = ListRows(Entries());
+    ASSERT_EQ(2u, rows.size());
+    TypeText(FindField(), rows[0]);
+    ClickAndWait(FindButton());
+    EXPECT_EQ(0, SelectedRow(Entries()));
+    EXPECT_EQ(L"<- F. Again ", TextOf(FindButton()));
+    const std::wstring tip = L" Find \"" + rows[0] + L"\" Again...";
+    EXPECT_EQ(tip, TipOf(m_window, FindButton()));
+    // A search from the top would select the first row again.
+    SelectRow(Entries(), 1);
+    for (int click = 1; click <= 2; ++click) {
+        ClickAndWait(FindButton());
+        EXPECT_TRUE(NoBox()) << click;
+        EXPECT_EQ(1, SelectedRow(Entries())) << click;
+        EXPECT_EQ(L"<- F. Again ", TextOf(FindButton())) << click;
+        EXPECT_EQ(tip, TipOf(m_window, FindButton())) << click;
+    }
 }
 
 TEST_F(CacheWindowTest, FindingInAnEmptyListHasNoMatches) {
