@@ -133,6 +133,35 @@ TEST_F(PrivacyTest, AnUnchangedListLeavesTheFileUntouched) {
     EXPECT_EQ(before, m_folder->Cookies());
 }
 
+TEST_F(PrivacyTest, AFileOfTheHeaderAloneSavesNothing) {
+    const std::string header =
+        "'# Kestrelguard v2.0 - Saved Cookies\r\n'# Configuration Modified: (Cookie:jane@bank.example/)\r\n"
+        "'# DO NOT EDIT UNLESS YOU KNOW WHAT YOU ARE DOING\r\n'###################\r\n";
+    StartWithFiles({}, header);
+    const HWND window = OpenCacheWindow(L"Show Cookies");
+    ASSERT_NE(nullptr, window);
+    EXPECT_EQ(2u, ListRows(Entries(window)).size());
+    EXPECT_TRUE(ListRows(SavedList(window)).empty());
+    Press(L"Clear Internet Explorer Cookies Now");
+    EXPECT_EQ("p", There());
+    ASSERT_TRUE(CloseCacheWindow());
+    EXPECT_EQ(header, m_folder->Cookies());
+}
+
+TEST_F(PrivacyTest, TheTipOfTheSavedCookiesIsTheClickedRow) {
+    Start({}, {"Cookie:jane@bank.example/", "Cookie:jane@news.example/"});
+    const HWND window = OpenCacheWindow(L"Show Cookies");
+    ASSERT_NE(nullptr, window);
+    const HWND saved = SavedList(window);
+    EXPECT_EQ(L"", TipOf(window, saved));
+    SelectRow(saved, 1);
+    EXPECT_EQ(L"Cookie:jane@news.example/", TipOf(window, saved));
+    SelectRow(saved, 0);
+    EXPECT_EQ(L"Cookie:jane@bank.example/", TipOf(window, saved));
+    SelectRow(saved, -1);
+    EXPECT_EQ(L"", TipOf(window, saved));
+}
+
 TEST_F(PrivacyTest, ExitWritesAChangedList) {
     Start();
     const HWND window = OpenCacheWindow(L"Show Cookies");
