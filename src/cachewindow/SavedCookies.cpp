@@ -99,6 +99,7 @@ void SavedCookiesEditor::SaveC_Click() {
     if (address.empty() || !Contains(address, kLooseCookieMark)) {
         return;
     }
+    // One that is saved already, or cannot be added, is passed over without a word.
     if (ErrorOf([&] { m_parts.savedCookies.Add(address); }) == 0) {
         try {
             m_parts.savedRows.Append(address);

@@ -283,6 +283,7 @@ void KG_IECache::FlushGroups() {
         return;
     }
     for (std::uint32_t groups = 0; groups < kMostGroups; ++groups) {
+        // A function that is missing is passed over; any other failure is the end of the groups.
         bool deleted = false;
         const std::int32_t error = ErrorOf(
             [&] { deleted = m_platform.groups.DeleteUrlCacheGroup(group, kFlushUrlOnDelete, nullptr); });

@@ -52,7 +52,7 @@ class SiteListDesktopTest : public DesktopTest {
 
 TEST_F(SiteListDesktopTest, AListInTheTrayGetsItsRowsWhenItIsAsked) {
     RunningGuard guard("MIN/:/:y\r\n" + SitesLine(100'000));
-    ASSERT_TRUE(guard.Minimised());
+    ASSERT_TRUE(guard.InTray());
     const HWND list = guard.SiteList();
     Browser& browser = Watched();
     EXPECT_TRUE(Cancelled(browser, Site(99'999)));

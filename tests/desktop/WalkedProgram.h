@@ -101,8 +101,8 @@ class WalkedProgram {
         if (const MessageBoxSeen box = FindMessageBox(m_guard->Program().Id())) {
             return differs("a box", box.text, L"none");
         }
-        if (m_guard->Minimised() != m_model.icon) {
-            return differs("minimised", m_guard->Minimised(), m_model.icon);
+        if (m_guard->InTray() != m_model.icon) {
+            return differs("in the tray", m_guard->InTray(), m_model.icon);
         }
         Texts tips;
         for (const TrayIcon& icon : TrayIcons()) {
