@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <ranges>
 #include <unordered_set>
 #include <utility>
 
@@ -16,9 +15,11 @@ auto Is(const void* identity) {
 }
 
 std::unordered_set<const void*> IdentitiesOf(const WindowChanges::Windows& windows) {
-    const auto identities =
-        windows | std::views::transform([](const DesktopWindowPtr& window) { return window->Identity(); });
-    return {identities.begin(), identities.end()};
+    std::unordered_set<const void*> identities;
+    for (const DesktopWindowPtr& window : windows) {
+        identities.insert(window->Identity());
+    }
+    return identities;
 }
 
 }  // namespace

@@ -17,14 +17,6 @@ enum class Outcome { kDone, kFailed, kHangs };
 
 }  // namespace
 
-void WindowWatch::Heard::Add(const Heard& other) noexcept {
-    registered += other.registered;
-    revoked += other.revoked;
-    perhapsRepeated += other.perhapsRepeated;
-    loadAgain = loadAgain || other.loadAgain;
-    reminded = reminded || other.reminded;
-}
-
 void WindowWatch::Succeed(WindowWatch& predecessor) noexcept {
     m_shell = std::exchange(predecessor.m_shell, Shell());
     if (m_shell.ear) {
@@ -41,18 +33,6 @@ void WindowWatch::FirstLook() {
     const Flagged busy(m_busy);
     ReadHandles handles;
     Rebuild(handles);
-}
-
-void WindowWatch::TellTo(WindowNews& news) noexcept {
-    if (!m_closed) {
-        m_news = &news;
-    }
-}
-
-void WindowWatch::Fill(WindowList& list) noexcept {
-    if (!m_closed) {
-        m_list = &list;
-    }
 }
 
 void WindowWatch::Close() noexcept {

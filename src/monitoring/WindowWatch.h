@@ -35,9 +35,17 @@ class WindowWatch final : public std::enable_shared_from_this<WindowWatch> {
     /// Watches the windows without telling anybody; announcements wait for the owner's own LoadBrowsers.
     void FirstLook();
     /// Who is told; must outlive the watch or its Close.
-    void TellTo(WindowNews& news) noexcept;
+    void TellTo(WindowNews& news) noexcept {
+        if (!m_closed) {
+            m_news = &news;
+        }
+    }
     /// The list that rebuilds refill; must outlive the watch or its Close.
-    void Fill(WindowList& list) noexcept;
+    void Fill(WindowList& list) noexcept {
+        if (!m_closed) {
+            m_list = &list;
+        }
+    }
     /// Drops all sinks and watches the windows afresh, then does what announcements asked for meanwhile.
     /// Throws RunTimeError when the list of windows or the first window fails; what fails after that is left
     /// out.
@@ -72,7 +80,13 @@ class WindowWatch final : public std::enable_shared_from_this<WindowWatch> {
         bool reminded = false;
 
         bool Anything() const { return registered > 0 || revoked > 0 || loadAgain || reminded; }
-        void Add(const Heard& other) noexcept;
+        void Add(const Heard& other) noexcept {
+            registered += other.registered;
+            revoked += other.revoked;
+            perhapsRepeated += other.perhapsRepeated;
+            loadAgain = loadAgain || other.loadAgain;
+            reminded = reminded || other.reminded;
+        }
     };
 
     void HearRegistered();
