@@ -43,6 +43,7 @@ TEST_F(StandInEventsTest, EveryEventArrivesInItsShape) {
                          "271 args 5: object &\"http://a.example/\" &null text &404 &bool 0");
         return all;
     }();
+    m_client.Count("browser0", static_cast<int>(expected.size()));
     const auto lines = m_client.Program().Lines();
     ASSERT_EQ(1 + expected.size(), lines.size());
     for (std::size_t i = 0; i < expected.size(); ++i) {
