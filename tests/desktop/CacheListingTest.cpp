@@ -12,10 +12,7 @@ TEST_F(PrivacyTest, ShowCacheListsEverything) {
     Start();
     const HWND window = OpenCacheWindow(L"Show Cache");
     ASSERT_NE(nullptr, window);
-    EXPECT_EQ((WideTexts{L"Cookie:jane@bank.example/", L"Cookie:jane@news.example/",
-                         L"http://news.example/index.html"}),
-              Sorted(ListRows(Entries(window))));
-    EXPECT_EQ(L"Internet Explorer Cache 3 Files; 2 Cookies...", CountLabel(window));
+    ExpectAllListed(window);
     EXPECT_EQ(0, SelectedRow(Entries(window)));
     EXPECT_EQ(L"Cache File: C:", Label(window, L"Cache File:").substr(0, 14));
     EXPECT_EQ("pcs", There());

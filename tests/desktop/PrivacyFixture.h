@@ -149,6 +149,13 @@ class PrivacyTest : public OneGuardTest {
         return {};
     }
     static std::wstring CountLabel(HWND window) { return Label(window, L"Internet Explorer Cache"); }
+    /// The page and both cookies are listed and counted, and nothing else is.
+    static void ExpectAllListed(HWND window) {
+        EXPECT_EQ((WideTexts{L"Cookie:jane@bank.example/", L"Cookie:jane@news.example/",
+                             L"http://news.example/index.html"}),
+                  Sorted(ListRows(Entries(window))));
+        EXPECT_EQ(L"Internet Explorer Cache 3 Files; 2 Cookies...", CountLabel(window));
+    }
     static WideTexts Sorted(WideTexts texts) {
         std::sort(texts.begin(), texts.end());
         return texts;

@@ -47,10 +47,7 @@ TEST_F(PrivacyTest, EntriesThatAreNotNormalStay) {
     Start();
     const HWND window = OpenCacheWindow(L"Show Cache");
     ASSERT_NE(nullptr, window);
-    EXPECT_EQ((WideTexts{L"Cookie:jane@bank.example/", L"Cookie:jane@news.example/",
-                         L"http://news.example/index.html"}),
-              Sorted(ListRows(Entries(window))));
-    EXPECT_EQ(L"Internet Explorer Cache 3 Files; 2 Cookies...", CountLabel(window));
+    ExpectAllListed(window);
     Press(L"Clear Internet Explorer Cache Now");
     EXPECT_EQ("cs", There());
     Press(L"Clear Internet Explorer Cookies Now");

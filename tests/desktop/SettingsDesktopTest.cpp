@@ -235,7 +235,7 @@ TEST_F(SettingsDesktopTest, CancelReadsTheFileOverTheControls) {
     Press(kPTO2);
     Press(kCOpenM);
     Press(kCancelcmd);
-    EXPECT_TRUE(WaitUntil([this] { return IsIconic(m_guard->Window()) != FALSE; }));
+    EXPECT_TRUE(WaitUntil([this] { return m_guard->InTray(); }));
     EXPECT_TRUE(Checked(Control(kPTO1)));
     EXPECT_TRUE(Checked(Control(kCOpenM)));  // a read only ever checks
     EXPECT_FALSE(Enabled(Control(kApplyCmd)));
@@ -253,7 +253,7 @@ TEST_F(SettingsDesktopTest, ACancelThatReadsIsOneUseMore) {
     EXPECT_NE(m_folder.Settings().find("USE/:/:5\r\n"), std::string::npos);
     Press(kPTO1);
     Press(kCancelcmd);
-    EXPECT_TRUE(WaitUntil([this] { return IsIconic(m_guard->Window()) != FALSE; }));
+    EXPECT_TRUE(WaitUntil([this] { return m_guard->InTray(); }));
     ASSERT_TRUE(m_guard->Close());
     EXPECT_NE(m_folder.Settings().find("USE/:/:6\r\n"), std::string::npos);
 }
