@@ -23,9 +23,6 @@ static_assert(kMenuItem == BN_CLICKED);
 constexpr UINT kTreeClickMessage = WM_APP + 2;
 constexpr UINT kTreeDoubleClickMessage = WM_APP + 3;
 constexpr UINT kWatchAnewMessage = WM_APP + 4;
-constexpr UINT_PTR kWatchAnewTimer = 2;
-/// A shell that has just started may not have its list of windows yet: how long it gets (milliseconds).
-constexpr UINT kWatchAnewAfter = 2000;
 
 /// The tree's right mouse button.
 constexpr int kRightButton = 2;
@@ -186,9 +183,7 @@ std::optional<LRESULT> Kestrelguard::OnFormMessage(UINT message, WPARAM wParam, 
         case kWatchAnewMessage:
             ErrorsIgnored([this] { m_rooms->IEEvents1.Refresh(); },
                           [this] { m_rooms->browserTree.RefreshBrowserTree(); });
-            if (!m_rooms->IEEvents1.Enabled()) {
-                SetTimer(Handle(), kWatchAnewTimer, kWatchAnewAfter, nullptr);
-            }
+            m_rooms->controls.WatchAnewTimer.SetEnabled(!m_rooms->IEEvents1.Enabled());
             return 0;
         case kTreeClickMessage:
             m_rooms->browserTree.tvBrowsers_Click();
@@ -207,11 +202,11 @@ std::optional<LRESULT> Kestrelguard::OnFormMessage(UINT message, WPARAM wParam, 
             m_rooms->trayIcon.Form_MouseMove(static_cast<double>(GET_X_LPARAM(lParam)));
             return 0;
         case WM_TIMER:
-            // A tick that was waiting when the timer was switched off is none.
-            if (wParam == m_rooms->controls.WasherTimer.Id() && m_rooms->controls.WasherTimer.Enabled()) {
+            // A tick that was waiting when its timer was switched off is none.
+            if (m_rooms->controls.WasherTimer.Ticks(wParam)) {
                 m_rooms->washer.Washer_Timer();
-            } else if (wParam == kWatchAnewTimer) {
-                KillTimer(Handle(), kWatchAnewTimer);
+            } else if (m_rooms->controls.WatchAnewTimer.Ticks(wParam)) {
+                m_rooms->controls.WatchAnewTimer.SetEnabled(false);
                 PostMessageA(Handle(), kWatchAnewMessage, 0, 0);
             }
             return 0;

@@ -28,6 +28,7 @@ FormControls::FormControls(FormWindow& form)
     mnuPOP.Attach(form.TrayMenuHandle(), kMnuPOP);
     mnuPOPCaption.Attach(form.TrayMenuHandle(), kMnuPOP);
     WasherTimer.Attach(form.Handle());
+    WatchAnewTimer.Attach(form.Handle());
 }
 
 Rooms::Rooms(FormWindow& form)

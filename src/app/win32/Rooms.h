@@ -61,6 +61,8 @@ struct FormControls {
     MenuCaption mnuPOPCaption;
     /// One tick a minute.
     TimerControl WasherTimer{1, 60000};
+    /// A shell that has just started may not have its list of windows yet: how long it gets.
+    TimerControl WatchAnewTimer{2, 2000};
 };
 
 /// The subsystems and how they are tied together. What a row names stands above it.

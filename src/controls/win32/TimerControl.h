@@ -15,7 +15,8 @@ class TimerControl final : public Switch {
     TimerControl& operator=(const TimerControl&) = delete;
 
     void Attach(HWND window) { m_window = window; }
-    UINT_PTR Id() const { return m_id; }
+    /// Whether a WM_TIMER with that id is a tick of this timer; one that is switched off has none.
+    bool Ticks(UINT_PTR id) const { return m_enabled && id == m_id; }
     bool Enabled() const override { return m_enabled; }
     void SetEnabled(bool enabled) override;
 
