@@ -43,12 +43,12 @@ class BesideHungWindow : public ::testing::Test {
     void OpenBoth() {
         m_near = &m_desktop.OpenBrowser(Page(L"near"));
         m_far = &m_desktop.OpenRemoteBrowser(OwnFolder() + L"\\browser_host.exe",
-                                             {L"http://far.example/", L"far", true});
+                                             {L"http://far.example/", L"far", m_farIsShown});
     }
     /// The far one, which nobody has been told of.
     void OpenFarUnannounced() {
         m_far = &m_desktop.OpenRemoteBrowser(OwnFolder() + L"\\browser_host.exe",
-                                             {L"http://far.example/", L"far", true, false});
+                                             {L"http://far.example/", L"far", m_farIsShown, false});
     }
     void Start(const std::string& settings = kSettings) {
         m_guard = std::make_unique<RunningGuard>(std::make_shared<GuardFolder>(settings, kCookies));
@@ -176,6 +176,7 @@ class BesideHungWindow : public ::testing::Test {
     desktop::StandInDesktop m_desktop;
     desktop::Browser* m_near = nullptr;
     desktop::RemoteBrowser* m_far = nullptr;
+    bool m_farIsShown = true;
     std::unique_ptr<RunningGuard> m_guard;
 };
 

@@ -9,6 +9,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "monitoring/win32/TrialCall.h"
 #include "runtime/RunTimeError.h"
 #include "runtime/win32/FrameAnswers.h"
 
@@ -19,46 +20,11 @@ namespace {
 /// How long a thread may take, in milliseconds. One that is merely busy keeps its sink and its place.
 constexpr UINT kPatience = 250;
 
-/// The head of a marshalled reference, as it stands in the stream.
-struct StandardReference {
-    DWORD signature;
-    DWORD kind;
-    GUID iid;
-    DWORD flags;
-    DWORD publicReferences;
-    ULONGLONG apartment;
-    ULONGLONG object;
-    GUID interfacePointer;
-};
-static_assert(sizeof(StandardReference) == 64);
-constexpr DWORD kReferenceSignature = 0x574F454D;  // "MEOW"
-constexpr DWORD kStandardKind = 1;
-
-/// The reference to an object of another process; false for an object of this one, and when COM will not say.
-bool ReferenceTo(IUnknown* object, StandardReference& reference) {
-    // Only what stands for an object of another process has this interface.
-    const auto proxy = ComPtr<IUnknown>(object).As<IClientSecurity>();
-    if (!proxy) {
-        return false;
-    }
-    ComPtr<IStream> stream;
-    // A weak reference is made up on this side alone.
-    if (FAILED(CreateStreamOnHGlobal(nullptr, TRUE, stream.Put())) ||
-        FAILED(CoMarshalInterface(stream.Get(), IID_IDispatch, object, MSHCTX_LOCAL, nullptr,
-                                  MSHLFLAGS_TABLEWEAK))) {
-        return false;
-    }
-    ULONG read = 0;
-    const LARGE_INTEGER start{};
-    return SUCCEEDED(stream->Seek(start, STREAM_SEEK_SET, nullptr)) &&
-           SUCCEEDED(stream->Read(&reference, sizeof(reference), &read)) && read == sizeof(reference) &&
-           reference.signature == kReferenceSignature && reference.kind == kStandardKind;
-}
-
 struct Search {
-    // The low halves of the process's number are in the reference, in one of these places.
+    // One of them is of the process that is looked for.
     WORD one;
     WORD other;
+    bool found = false;
     bool answers = true;
 };
 
@@ -68,8 +34,9 @@ BOOL CALLBACK LookAt(HWND window, LPARAM parameter) {
     GetWindowThreadProcessId(window, &process);
     const WORD low = LOWORD(process);
     if ((low == search.one || low == search.other) && process != GetCurrentProcessId() &&
-        IsWindowVisible(window) != FALSE && !FrameAnswers(window, kPatience)) {
-        search.answers = false;
+        IsWindowVisible(window) != FALSE) {
+        search.found = true;
+        search.answers = FrameAnswers(window, kPatience);
     }
     return search.answers ? TRUE : FALSE;
 }
@@ -77,6 +44,9 @@ BOOL CALLBACK LookAt(HWND window, LPARAM parameter) {
 struct KnownFrame {
     HWND frame;
     int times;
+    /// Calls come back although it does not answer: one out of sight may belong to a thread that never looks
+    /// for messages.
+    bool saysNothing = false;
 };
 std::unordered_map<const void*, KnownFrame>& Frames() {
     static std::unordered_map<const void*, KnownFrame> frames;
@@ -87,6 +57,24 @@ std::unordered_map<const void*, DWORD>& Silent() {
     static std::unordered_map<const void*, DWORD> silent;
     return silent;
 }
+
+bool FrameOrCallAnswers(IUnknown* identity, HWND frame) {
+    if (IsWindowVisible(frame)) {
+        return FrameAnswers(frame, kPatience);
+    }
+    const auto known = Frames().find(identity);
+    const bool saysNothing = known != Frames().end() && known->second.saysNothing;
+    if (!saysNothing && FrameAnswers(frame, kPatience)) {
+        return true;
+    }
+    const auto reference = ReferenceTo(identity);
+    const bool returns = !reference || TrialCallReturns(*reference, kPatience);
+    if (known != Frames().end()) {
+        known->second.saysNothing = returns;
+    }
+    return returns;
+}
+
 constexpr DWORD kAskAgainAfter = 1000;
 constexpr DWORD kCallAgainAfter = 5000;
 bool anythingCutOff = false;
@@ -117,18 +105,18 @@ void ReleaseThose(Which which) noexcept {
 }  // namespace
 
 bool Servers::Answer(IUnknown* object) {
-    StandardReference reference{};
-    if (!ReferenceTo(object, reference)) {
+    const auto reference = ReferenceTo(object);
+    if (!reference) {
         return true;
     }
-    Search search{reference.interfacePointer.Data2, reference.interfacePointer.Data3};
-    const std::uint32_t server = std::uint32_t{search.one} << 16 | search.other;
-    if (const auto asked = m_asked.find(server); asked != m_asked.end()) {
+    if (const auto asked = m_asked.find(reference->Place()); asked != m_asked.end()) {
         return asked->second;
     }
+    Search search{reference->one, reference->other};
     EnumWindows(LookAt, reinterpret_cast<LPARAM>(&search));
-    m_asked.emplace(server, search.answers);
-    return search.answers;
+    const bool answers = search.found ? search.answers : TrialCallReturns(*reference, kPatience);
+    m_asked.emplace(reference->Place(), answers);
+    return answers;
 }
 
 bool IsSilent(const void* identity) {
@@ -150,9 +138,7 @@ bool WindowAnswers(IUnknown* identity, HWND frame) {
     if (IsSilent(identity)) {
         return false;
     }
-    // One out of sight may belong to a thread that never looks for messages.
-    const bool answers = frame == nullptr ? Servers().Answer(identity)
-                                          : !IsWindowVisible(frame) || FrameAnswers(frame, kPatience);
+    const bool answers = frame == nullptr ? Servers().Answer(identity) : FrameOrCallAnswers(identity, frame);
     if (!answers) {
         Silent()[identity] = GetTickCount() + kAskAgainAfter;
     }
@@ -228,7 +214,7 @@ HWND FrameOf(IUnknown* browser) noexcept {
 }
 
 bool AnythingHangs() noexcept {
-    return anythingCutOff || !Store().empty();
+    return anythingCutOff || !Store().empty() || TrialCallsUnderWay();
 }
 
 }  // namespace kestrelguard

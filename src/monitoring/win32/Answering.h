@@ -14,14 +14,14 @@
 #include "monitoring/win32/LongCalls.h"
 #include "runtime/win32/Com.h"
 
-/// Which windows answer, found out without a call to them: a call to a process that hangs never comes back.
+/// Which windows answer, found out before they are called: a call to a process that hangs never comes back.
 namespace kestrelguard {
 
 /// The processes behind the objects of one walk: each is asked once, however many windows it has.
 class Servers {
  public:
-    /// Whether the process behind an object takes messages in its top-level windows. True when the process
-    /// cannot be told; then a call is the only way.
+    /// Whether the process behind an object takes messages in its windows on the screen or, without any, lets
+    /// a trial call return. True when the process cannot be told; then a call is the only way.
     bool Answer(IUnknown* object);
 
  private:
