@@ -163,6 +163,7 @@ std::optional<LRESULT> FormBase::OnMessage(UINT message, WPARAM wParam, LPARAM /
             return button == 0 ? 0 : MAKELRESULT(button, DC_HASDEFID);
         }
         case WM_ACTIVATE:
+            DialogWindows::Activated();
             if (LOWORD(wParam) == WA_INACTIVE) {
                 RememberFocus();
             }

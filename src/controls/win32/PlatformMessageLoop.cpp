@@ -1,5 +1,6 @@
 #include "controls/win32/PlatformMessageLoop.h"
 
+#include <utility>
 #include <vector>
 
 namespace kestrelguard {
@@ -10,6 +11,9 @@ struct Dialog {
     HWND window;
     DialogKeys* keys;
 };
+
+/// A form was activated: focus may have come to it or gone.
+bool anyActivated = false;
 
 std::vector<Dialog>& OpenDialogs() {
     static std::vector<Dialog> dialogs;
@@ -25,16 +29,18 @@ Dialog DialogOf(HWND window) {
     return {};
 }
 
-void DispatchAsDialog(MSG& message) {
+/// Answers whether the message was for a form.
+bool DispatchAsDialog(MSG& message) {
     const Dialog dialog = DialogOf(message.hwnd);
     if (dialog.window != nullptr) {
         if ((message.message == WM_KEYDOWN && dialog.keys->KeyDown(message.wParam)) ||
             IsDialogMessageA(dialog.window, &message)) {
-            return;
+            return true;
         }
     }
     TranslateMessage(&message);
     DispatchMessageA(&message);
+    return dialog.window != nullptr;
 }
 
 /// However the focus came there: by a key, by the mouse, by the program. A window that has it itself, not one
@@ -59,9 +65,17 @@ void DialogWindows::Remove(HWND window) {
     std::erase_if(OpenDialogs(), [window](const Dialog& dialog) { return dialog.window == window; });
 }
 
+void DialogWindows::Activated() {
+    anyActivated = true;
+}
+
 void DialogWindows::Dispatch(MSG& message) {
-    DispatchAsDialog(message);
-    TellIfFocusMoved();
+    // Every event of a browser is a message to a window of COM's, which moves no focus; asking for the focus
+    // is a call into the system.
+    const bool forForm = DispatchAsDialog(message);
+    if (std::exchange(anyActivated, false) || forForm) {
+        TellIfFocusMoved();
+    }
 }
 
 void PlatformMessageLoop::DoEvents() {

@@ -22,6 +22,8 @@ class DialogWindows {
     /// `keys` is there until Remove.
     static void Add(HWND window, DialogKeys& keys);
     static void Remove(HWND window);
+    /// One of them was activated or ceased to be.
+    static void Activated();
     /// Dispatches one message the way the program's message loop does.
     static void Dispatch(MSG& message);
 };
