@@ -182,9 +182,8 @@ double Took(const std::function<void()>& run) {
 
 void Run(const Options& options) {
     // A walk over all of them takes half a minute, and three of the measures walk. Turns of that length
-    // hardly differ, so the switches, which walk as the opening does, take one; several runs show the noise.
-    const std::size_t rounds = options.RoundsOr(2, 1);
-    const std::size_t switches = options.RoundsOr(1, 1);
+    // hardly differ: each takes one, and several runs show the noise.
+    const std::size_t rounds = options.RoundsOr(1, 1);
     const int entries = options.entries != 0 ? static_cast<int>(options.entries)
                         : options.quick      ? 5000
                                              : kMostRows;
@@ -212,12 +211,12 @@ void Run(const Options& options) {
 
     window.Open();
     plain.Open();
-    values = Turns(switches,
+    values = Turns(rounds,
                    {[&] { return Took([&] { window.Click("Cookies"); }); },
                     [&] { return Took([&] { plain.Fill(true); }); }},
                    FirstTurn::Counted);
     report.Compare("switching to the cookies" + listed, "ms", values[0], kPlain, values[1], 1.3);
-    values = Turns(switches,
+    values = Turns(rounds,
                    {[&] { return Took([&] { window.Click("All Cache"); }); },
                     [&] { return Took([&] { plain.Fill(false); }); }},
                    FirstTurn::Counted);
