@@ -19,6 +19,8 @@ namespace {
 
 /// How long a thread may take, in milliseconds. One that is merely busy keeps its sink and its place.
 constexpr UINT kPatience = 250;
+/// How long a trial call may. It is made where nothing else tells, and to one that hangs only once.
+constexpr DWORD kPatienceForCall = 750;
 
 struct Search {
     // One of them is of the process that is looked for.
@@ -68,7 +70,7 @@ bool FrameOrCallAnswers(IUnknown* identity, HWND frame) {
         return true;
     }
     const auto reference = ReferenceTo(identity);
-    const bool returns = !reference || TrialCallReturns(*reference, kPatience);
+    const bool returns = !reference || TrialCallReturns(*reference, kPatienceForCall);
     if (known != Frames().end()) {
         known->second.saysNothing = returns;
     }
@@ -114,7 +116,7 @@ bool Servers::Answer(IUnknown* object) {
     }
     Search search{reference->one, reference->other};
     EnumWindows(LookAt, reinterpret_cast<LPARAM>(&search));
-    const bool answers = search.found ? search.answers : TrialCallReturns(*reference, kPatience);
+    const bool answers = search.found ? search.answers : TrialCallReturns(*reference, kPatienceForCall);
     m_asked.emplace(reference->Place(), answers);
     return answers;
 }

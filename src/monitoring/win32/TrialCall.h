@@ -25,7 +25,8 @@ struct ForeignReference {
     std::uint32_t Place() const { return std::uint32_t{one} << 16 | other; }
 };
 
-/// None for an object of this process, and when COM will not say.
+/// For an object that came as IDispatch, as browsers do: asking for another interface would be a call. None
+/// for an object of this apartment, and when COM will not say.
 std::optional<ForeignReference> ReferenceTo(IUnknown* object);
 
 /// Whether calls to an object come back, found out by one that a thread of its own makes: no window says it
